@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+/// Runs tasks in first-in first-out order on threads of its own.
+///
+/// The main queue runs on the main run loop. The global queue runs its tasks
+/// side by side on a small pool. A queue made with a label is serial and owns
+/// one thread, named after the label's last component.
+///
+/// Every operation may be called on any thread.
+class DispatchQueue
+{
+public:
+    static DispatchQueue &main();
+    static DispatchQueue &global();
+
+    explicit DispatchQueue(std::string label);
+    /// Tasks already submitted still run; the destructor waits for them, unless
+    /// it runs on the queue's own thread.
+    ~DispatchQueue();
+    DispatchQueue(const DispatchQueue &) = delete;
+    DispatchQueue &operator=(const DispatchQueue &) = delete;
+
+    /// Submits `task` and returns at once.
+    void async(std::function<void()> task);
+
+    /// Runs `task` on the queue and returns when it has run. An exception of the
+    /// task is passed on. Called on the queue itself it would never return, so
+    /// that is a fatal error; so is any call on the global queue from its pool.
+    void sync(const std::function<void()> &task);
+
+    const std::string &label() const;
+
+    class Implementation;
+
+private:
+    explicit DispatchQueue(std::shared_ptr<Implementation> implementation);
+    std::shared_ptr<Implementation> implementation_;
+};
+
+namespace platform::foundation
+{
+
+/// Waits until no serial queue has a task waiting or running. Deterministic
+/// rendering uses it to let what a rendered block set off settle before the next.
+/// Not to be called on a serial queue.
+void waitUntilSerialQueuesAreIdle();
+
+/// True on the thread that runs the main queue.
+bool isMainThread();
+
+} // namespace platform::foundation

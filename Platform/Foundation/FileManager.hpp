@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Platform/Foundation/URL.hpp"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+/// Which well-known folder is meant, and in whose domain.
+enum class SearchPathDirectory { documentDirectory };
+enum class SearchPathDomainMask { userDomainMask };
+
+/// Questions to the file system. A subclass can stand in for it in tests. Any
+/// thread.
+class FileManager
+{
+public:
+    virtual ~FileManager() = default;
+
+    /// The shared instance, or the one a test put in its place.
+    static std::shared_ptr<FileManager> defaultManager();
+    static void setDefaultManager(std::shared_ptr<FileManager> manager);
+
+    /// The folders that serve the purpose. The user's documents folder is the
+    /// one that the desktop has configured, else `Documents` in the home folder;
+    /// it need not exist.
+    virtual std::vector<URL> urls(SearchPathDirectory directory, SearchPathDomainMask domain) const;
+
+    virtual bool fileExists(std::string_view path) const;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// The running process. Any thread.
+class ProcessInfo
+{
+public:
+    static const ProcessInfo &processInfo();
+
+    /// The executable's file name.
+    std::string processName() const;
+    std::int32_t processIdentifier() const;
+
+    /// The folder that holds `bin` and `share` of this program, without a
+    /// trailing slash: the root of its installation or of its build tree.
+    std::string installationPrefix() const;
+};

@@ -1,0 +1,15 @@
+# Every library from outside, found once, as imported targets.
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(fmt REQUIRED)
+find_package(Boost 1.74 REQUIRED)
+
+pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0 gio-2.0)
+pkg_check_modules(LILV REQUIRED IMPORTED_TARGET lilv-0)
+pkg_check_modules(LV2 REQUIRED IMPORTED_TARGET lv2)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
+pkg_check_modules(SDL2 REQUIRED IMPORTED_TARGET sdl2)
+pkg_check_modules(SAMPLERATE REQUIRED IMPORTED_TARGET samplerate)
+if(PARVANE_GTK)
+    pkg_check_modules(GTKMM REQUIRED IMPORTED_TARGET gtkmm-4.0)
+endif()

@@ -1,0 +1,63 @@
+# What all targets share, and one function for each kind of target.
+include(GNUInstallDirs)
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The build tree has the shape of an installation, so that a program finds its
+# modules and resources the same way in both.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(PARVANE_MODULE_DIR "${CMAKE_BINARY_DIR}/lib/parvane-host")
+set(PARVANE_RESOURCE_DIR "${CMAKE_BINARY_DIR}/share/parvane-host")
+set(PARVANE_LV2_DIR "${CMAKE_BINARY_DIR}/lib/lv2")
+
+add_library(parvane_settings INTERFACE)
+target_include_directories(parvane_settings INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_options(parvane_settings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    # Products and sums are rounded one by one, so that results have the same
+    # bits with every compiler.
+    -ffp-contract=off)
+if(PARVANE_SANITIZE)
+    # Applied everywhere: a library built without would hide what it does.
+    add_compile_options(-fsanitize=${PARVANE_SANITIZE} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${PARVANE_SANITIZE})
+endif()
+
+# parvane_library(NAME SOURCES file... [PUBLIC lib...] [PRIVATE lib...])
+function(parvane_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE parvane_settings ${ARG_PRIVATE})
+    target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
+endfunction()
+
+# parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TIMEOUT seconds])
+# A GoogleTest program; each of its tests becomes a test of CTest.
+function(parvane_test name)
+    cmake_parse_arguments(ARG "SERIAL" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} GTest::gmock
+        GTest::gtest_main)
+    target_compile_definitions(${name} PRIVATE
+        TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}"
+        TEST_SCRATCH_DIR="${CMAKE_CURRENT_BINARY_DIR}")
+    set(properties TIMEOUT ${ARG_TIMEOUT})
+    if(ARG_SERIAL)
+        list(APPEND properties RUN_SERIAL TRUE)
+    endif()
+    if(ARG_ENVIRONMENT)
+        list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()
