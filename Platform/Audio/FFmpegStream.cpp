@@ -71,8 +71,8 @@ constexpr std::array<std::string_view, 5> exactFormats = {"wav", "w64", "aiff", 
 
 bool isExactCodec(AVCodecID codec)
 {
-    return codec == AV_CODEC_ID_FLAC || (codec >= AV_CODEC_ID_FIRST_AUDIO &&
-                                         codec < AV_CODEC_ID_ADPCM_IMA_QT);
+    return codec == AV_CODEC_ID_FLAC ||
+           (codec >= AV_CODEC_ID_FIRST_AUDIO && codec < AV_CODEC_ID_ADPCM_IMA_QT);
 }
 
 template <typename Names>
@@ -269,10 +269,9 @@ std::int64_t FFmpegStream::read(float *const *channels, std::size_t offset, std:
         if (blockLeft_ == 0 && !decodeBlock())
             break;
         const std::int64_t step = std::min(count - done, blockLeft_);
-        if (channels != nullptr &&
-            !convertSamples(*frame_, static_cast<std::size_t>(blockOffset_),
-                            static_cast<std::size_t>(step), channels,
-                            offset + static_cast<std::size_t>(done)))
+        if (channels != nullptr && !convertSamples(*frame_, static_cast<std::size_t>(blockOffset_),
+                                                   static_cast<std::size_t>(step), channels,
+                                                   offset + static_cast<std::size_t>(done)))
             break;
         blockOffset_ += step;
         blockLeft_ -= step;

@@ -65,8 +65,7 @@ std::optional<MP4Timing> MP4Layout::timing(std::uint32_t trackId) const
         return MP4Timing{0, track.duration, track.timescale};
 
     const Edit &edit = track.edits.front();
-    if (edit.duration < 0 || edit.start < 0 || edit.start > track.duration ||
-        movieTimescale_ < 1)
+    if (edit.duration < 0 || edit.start < 0 || edit.start > track.duration || movieTimescale_ < 1)
         return std::nullopt;
     const std::int64_t rest = track.duration - edit.start;
 
@@ -167,8 +166,7 @@ void MP4Layout::readMediaHeader(const Box &box)
     if (tracks_.empty())
         return;
     const bool isLong = number(box.begin, 1) == 1;
-    tracks_.back().timescale =
-        static_cast<std::int64_t>(number(box.begin + (isLong ? 20 : 12), 4));
+    tracks_.back().timescale = static_cast<std::int64_t>(number(box.begin + (isLong ? 20 : 12), 4));
 }
 
 void MP4Layout::readEdits(const Box &box)
@@ -201,7 +199,7 @@ void MP4Layout::readTimes(const Box &box)
         return;
     constexpr std::int64_t rowSize = 8;
     constexpr std::int64_t rowsAtOnce = 512;
-    std::array<std::uint8_t, rowSize * rowsAtOnce> bytes = {};
+    std::array<std::uint8_t, rowSize *rowsAtOnce> bytes = {};
 
     std::int64_t duration = 0;
     const auto claimed = static_cast<std::int64_t>(number(box.begin + 4, 4));
@@ -214,8 +212,8 @@ void MP4Layout::readTimes(const Box &box)
         for (std::int64_t row = 0; row < count; ++row) {
             const std::uint8_t *at = bytes.data() + row * rowSize;
             const std::uint64_t time = bigEndian(at, 4) * bigEndian(at + 4, 4);
-            if (time > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max() -
-                                                  duration))
+            if (time >
+                static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max() - duration))
                 throwDamaged();
             duration += static_cast<std::int64_t>(time);
         }
