@@ -82,7 +82,7 @@ Scene::Scene(const std::string &path)
     try {
         builder->add_from_file(path);
     } catch (const Glib::Error &error) {
-        throw PlatformError(error.what());
+        throw PlatformError("'" + path + "': " + error.what());
     }
     Gtk::Widget &root = topLevelWidget(*builder.get(), path);
     controllerClass_ = idOf(root);
