@@ -83,6 +83,8 @@ void UIWindow::showRootView()
         return;
     root_->viewWillAppear(false);
     window.set_child(view->widget().get());
+    // The first control has the keyboard, so that nobody has to look for it.
+    window.child_focus(Gtk::DirectionType::TAB_FORWARD);
 }
 
 void UIWindow::watchSurface()
