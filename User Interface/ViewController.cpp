@@ -52,7 +52,7 @@ void ViewController::viewDidLoad()
     unwrapImplicitly(stopButton).setHidden(true);
     const auto self = std::static_pointer_cast<ViewController>(shared_from_this());
     audioUnitManager = AUExtensionManager::create(self);
-    unwrapImplicitly(audioUnitManager).auEngine()->setDelegate(self);
+    unwrapImplicitly(audioUnitManager).auEngine()->delegate.store(self);
     unwrapImplicitly(pluginView).setHidden(true);
     getDirectories();
 }
@@ -72,7 +72,7 @@ void ViewController::viewDidLayoutSubviews()
     UIViewController::viewDidLayoutSubviews();
 }
 
-void ViewController::onFoundComponent(std::shared_ptr<AVAudioUnit> unit)
+void ViewController::onFoundComponent(const std::shared_ptr<AVAudioUnit> &unit)
 {
     print("ViewController: Loading the audio unit's interface...");
     if (!unit) {

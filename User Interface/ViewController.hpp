@@ -32,7 +32,7 @@ public:
     void viewDidLayoutSubviews() override;
 
     /// Asks the effect for its view. On the thread that instantiated the effect.
-    void onFoundComponent(std::shared_ptr<AVAudioUnit> unit) override;
+    void onFoundComponent(const std::shared_ptr<AVAudioUnit> &unit) override;
     /// On the thread that instantiated the effect.
     void onEngineInitialized() override;
 
