@@ -19,8 +19,10 @@ class OutputDevice;
 /// The graph may be changed at any time, also while it sounds, on any thread but
 /// the audio callback's: operations are serialised and return when the callback
 /// no longer reaches what they took away. A connection without a format gets one
-/// when the engine starts: the output's rate and the effect's channel count,
-/// stereo where nothing says otherwise.
+/// when the engine starts: the rate of the next connection towards the output
+/// that has one, else the output's; the effect's channel count, stereo where
+/// nothing says otherwise. What cannot be rendered after a change while running
+/// is silent, with a line on standard error.
 class AVAudioEngine
 {
 public:
@@ -72,5 +74,5 @@ public:
     void renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer);
 
 private:
-    std::shared_ptr<platform::audio::EngineCore> core_;
+    std::unique_ptr<platform::audio::EngineCore> core_;
 };

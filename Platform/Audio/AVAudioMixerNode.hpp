@@ -2,6 +2,8 @@
 
 #include "Platform/Audio/AVAudioNode.hpp"
 
+#include <cstdint>
+
 /// Adds up what is connected to it, each input converted to the mixer's output
 /// format. Its output format is that of the connection behind it.
 class AVAudioMixerNode : public AVAudioNode

@@ -6,6 +6,11 @@
 
 #include <memory>
 
+namespace platform::audio
+{
+class EngineCore;
+}
+
 /// The end of the graph: the device, or the buffer of manual rendering.
 class AVAudioOutputNode : public AVAudioNode
 {
@@ -20,7 +25,7 @@ public:
     std::string name() const override { return "output"; }
 
 private:
-    friend class AVAudioEngine;
+    friend class platform::audio::EngineCore;
     void setOutputFormat(const AVAudioFormat &format);
 
     Shared<std::shared_ptr<AVAudioFormat>> format_{std::make_shared<AVAudioFormat>(48000.0, 2U)};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <string_view>
 
 /// The names that the session knows.
@@ -24,4 +25,7 @@ public:
 
 private:
     AVAudioSession() = default;
+
+    std::mutex mutex_;
+    bool active_ = false;
 };

@@ -1,0 +1,313 @@
+#include "Platform/Audio/EngineCore.hpp"
+
+#include "Platform/Audio/AUAudioUnit.hpp"
+#include "Platform/Audio/AVAudioPCMBuffer.hpp"
+#include "Platform/Audio/AVAudioUnit.hpp"
+#include "Platform/Audio/DenormalMode.hpp"
+#include "Platform/Audio/PlayerCore.hpp"
+#include "Platform/Foundation/PlatformError.hpp"
+#include "Platform/Foundation/Print.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <utility>
+
+#include <pthread.h>
+
+namespace platform::audio
+{
+
+namespace
+{
+
+constexpr double secondsAhead = 0.1;
+
+// A larger block of the device is rendered in parts, so this bounds memory alone.
+constexpr std::uint32_t mostFramesPerBlock = 8192;
+
+constexpr auto watchInterval = std::chrono::milliseconds(100);
+
+} // namespace
+
+EngineCore::EngineCore(std::unique_ptr<OutputDevice> device)
+    : device_(std::move(device)), maximumFrames_(512)
+{
+    graph_.attach(mixer_);
+    graph_.attach(output_);
+}
+
+EngineCore::~EngineCore()
+{
+    stop();
+}
+
+void EngineCore::attach(const std::shared_ptr<AVAudioNode> &node)
+{
+    const Lock lock(mutex_);
+    graph_.attach(node);
+}
+
+void EngineCore::detach(const std::shared_ptr<AVAudioNode> &node)
+{
+    const Lock lock(mutex_);
+    graph_.detach(*node);
+    graphChanged();
+    if (const auto unitNode = std::dynamic_pointer_cast<AVAudioUnit>(node)) {
+        unitNode->auAudioUnit()->deallocateRenderResources();
+        units_.erase(unitNode->auAudioUnit());
+    }
+}
+
+void EngineCore::connect(const std::shared_ptr<AVAudioNode> &source,
+                         const std::shared_ptr<AVAudioNode> &destination,
+                         const std::optional<AVAudioFormat> &format)
+{
+    const Lock lock(mutex_);
+    graph_.connect(source, destination, format);
+    graphChanged();
+}
+
+void EngineCore::disconnectNodeInput(const AVAudioNode &node)
+{
+    const Lock lock(mutex_);
+    graph_.disconnectInput(node);
+    graphChanged();
+}
+
+void EngineCore::prepare()
+{
+    const Lock lock(mutex_);
+    if (!running_)
+        allocateUnits(planner().units(), false);
+}
+
+void EngineCore::start()
+{
+    const Lock lock(mutex_);
+    if (running_)
+        return;
+    if (!manualFormat_)
+        openDevice();
+    try {
+        publish(true);
+    } catch (...) {
+        closeDevice();
+        throw;
+    }
+    running_ = true;
+    if (manualFormat_)
+        return;
+    deviceLost_ = false;
+    device_->run(*this);
+    watch_ = std::thread([this] { watchDevice(); });
+    pthread_setname_np(watch_.native_handle(), "audio watch");
+}
+
+void EngineCore::stop()
+{
+    std::thread watch;
+    {
+        const Lock lock(mutex_);
+        if (!running_)
+            return;
+        running_ = false;
+        closeDevice();
+        withdrawPlan();
+        tellFaults();
+        watch = std::move(watch_);
+    }
+    watchEnds_.notify_all();
+    if (watch.joinable())
+        watch.join();
+}
+
+void EngineCore::enableManualRenderingMode(const AVAudioFormat &format,
+                                           std::uint32_t maximumFrameCount)
+{
+    const Lock lock(mutex_);
+    if (running_)
+        throw PlatformError("Manual rendering cannot begin while the engine runs");
+    if (maximumFrameCount == 0)
+        throw PlatformError("Manual rendering needs blocks of at least one frame");
+    if (!manualFormat_)
+        formatBeforeManual_ = *output_->outputFormat(0);
+    manualFormat_ = format;
+    maximumFrames_ = maximumFrameCount;
+    output_->setOutputFormat(format);
+}
+
+void EngineCore::disableManualRenderingMode()
+{
+    stop();
+    const Lock lock(mutex_);
+    if (!manualFormat_)
+        return;
+    manualFormat_.reset();
+    output_->setOutputFormat(*formatBeforeManual_);
+}
+
+void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
+{
+    {
+        const Lock lock(mutex_);
+        if (!manualFormat_ || !running_)
+            throw PlatformError("The engine has not been started for manual rendering");
+        if (buffer.format() != *manualFormat_)
+            throw PlatformError("The buffer's format is not that of manual rendering");
+        if (frames > maximumFrames_ || frames > buffer.frameCapacity())
+            throw PlatformError("More frames than agreed were asked for");
+    }
+    // Without the mutex: what the wait is for may change the graph.
+    for (const RenderPlan::Player &player : *players_.load())
+        player.core->waitForFrames(player.framesPerBlock);
+
+    const DenormalMode noDenormals;
+    RenderPlan *const plan = plan_.acquire();
+    const float *const *const rendered = plan != nullptr ? plan->last->pull(frames) : nullptr;
+    for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel) {
+        float *const to = buffer.floatChannelData()[channel];
+        if (rendered != nullptr)
+            std::copy_n(rendered[channel], frames, to);
+        else
+            std::fill_n(to, frames, 0.0F);
+    }
+    plan_.release();
+    buffer.setFrameLength(frames);
+}
+
+void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
+                                   std::uint32_t channels) noexcept
+{
+    const DenormalMode noDenormals;
+    RenderPlan *const plan = plan_.acquire();
+    const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
+    while (fits && frames > 0) {
+        const std::uint32_t part = std::min(frames, plan->maximumFrames);
+        guard_.pass(plan->last->pull(part), channels, part, samples);
+        samples += static_cast<std::size_t>(part) * channels;
+        frames -= part;
+    }
+    std::fill_n(samples, static_cast<std::size_t>(frames) * channels, 0.0F);
+    plan_.release();
+}
+
+RenderPlanner EngineCore::planner() const
+{
+    return {graph_, *output_, *output_->outputFormat(0), maximumFrames_, secondsAhead};
+}
+
+void EngineCore::graphChanged()
+{
+    if (running_)
+        publish(false);
+}
+
+void EngineCore::publish(bool mayThrow)
+{
+    RenderPlanner planning = planner();
+    allocateUnits(planning.units(), mayThrow);
+    try {
+        auto plan = planning.build([this](const AUAudioUnit &unit) {
+            for (const auto &[known, state] : units_)
+                if (known.get() == &unit)
+                    return state.clock;
+            return std::make_shared<RenderClock>();
+        });
+        players_.store(std::make_shared<const Players>(plan->players));
+        plan_.exchange(std::move(plan));
+    } catch (const PlatformError &error) {
+        withdrawPlan();
+        if (mayThrow)
+            throw;
+        printError(std::string("The audio graph cannot be rendered: ") + error.what());
+    }
+}
+
+void EngineCore::withdrawPlan()
+{
+    players_.store(std::make_shared<const Players>());
+    plan_.exchange(nullptr);
+}
+
+void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units, bool mayThrow)
+{
+    for (const RenderPlanner::Unit &planned : units) {
+        try {
+            allocateUnit(planned);
+        } catch (const PlatformError &error) {
+            if (mayThrow)
+                throw;
+            printError("The effect '" + planned.unit->audioUnitName() +
+                       "' cannot render: " + error.what());
+        }
+    }
+}
+
+void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
+{
+    const auto known = units_.find(planned.unit);
+    if (known != units_.end() && known->second.sampleRate == planned.sampleRate &&
+        known->second.maximumFrames == maximumFrames_)
+        return;
+    // The callback must not be in the unit meanwhile.
+    withdrawPlan();
+    units_.erase(planned.unit);
+    planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
+    units_[planned.unit] = {planned.sampleRate, maximumFrames_, std::make_shared<RenderClock>()};
+}
+
+void EngineCore::openDevice()
+{
+    const AVAudioFormat wanted(48000.0, 2);
+    const OutputDevice::Obtained obtained = device_->open(wanted);
+    output_->setOutputFormat(obtained.format);
+    maximumFrames_ = std::clamp(obtained.framesPerBlock, 1U, mostFramesPerBlock);
+}
+
+void EngineCore::closeDevice()
+{
+    if (!manualFormat_)
+        device_->close();
+}
+
+void EngineCore::watchDevice()
+{
+    Lock lock(mutex_);
+    while (running_) {
+        watchEnds_.wait_for(lock, watchInterval, [this] { return !running_; });
+        if (running_)
+            watchOnce();
+    }
+}
+
+void EngineCore::watchOnce()
+{
+    tellFaults();
+    if (!deviceLost_) {
+        if (device_->isAlive())
+            return;
+        deviceLost_ = true;
+        printError("The audio device has gone away; going on with the default device.");
+    }
+    device_->close();
+    try {
+        openDevice();
+    } catch (const PlatformError &) {
+        return; // tried again the next time
+    }
+    publish(false);
+    device_->run(*this);
+    deviceLost_ = false;
+}
+
+void EngineCore::tellFaults()
+{
+    if (guard_.sawNonFinite() && !std::exchange(toldNonFinite_, true))
+        printError("The audio held samples that are no numbers; such blocks are silenced.");
+    if (guard_.sawTooLoud() && !std::exchange(toldTooLoud_, true))
+        printError("The audio is louder than the device can play; it is limited.");
+}
+
+} // namespace platform::audio

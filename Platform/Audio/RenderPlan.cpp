@@ -1,0 +1,159 @@
+#include "Platform/Audio/RenderPlan.hpp"
+
+#include "Platform/Audio/AVAudioPlayerNode.hpp"
+#include "Platform/Audio/AVAudioUnit.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace platform::audio
+{
+
+namespace
+{
+
+constexpr std::uint32_t stereo = 2;
+
+// More frames than rate converters on the way ask for beyond the block itself.
+constexpr double converterFrames = 2048.0;
+
+std::shared_ptr<AUAudioUnit> unitOf(const AVAudioNode &node)
+{
+    const auto *const unitNode = dynamic_cast<const AVAudioUnit *>(&node);
+    return unitNode != nullptr ? unitNode->auAudioUnit() : nullptr;
+}
+
+} // namespace
+
+RenderPlanner::RenderPlanner(const AudioGraph &graph, const AVAudioNode &output,
+                             const AVAudioFormat &outputFormat, std::uint32_t maximumFrames,
+                             double secondsAhead)
+    : graph_(graph), output_(output), outputFormat_(outputFormat), maximumFrames_(maximumFrames),
+      secondsAhead_(secondsAhead)
+{
+}
+
+AVAudioFormat RenderPlanner::settledFormat(const AudioGraph::Connection &connection) const
+{
+    if (connection.format)
+        return *connection.format;
+    return {settledRate(connection), settledChannels(connection)};
+}
+
+// The next connection on the way to the output that has a rate gives it, so that
+// audio is not converted back and forth.
+double RenderPlanner::settledRate(const AudioGraph::Connection &connection) const
+{
+    for (std::optional<AudioGraph::Connection> next = connection; next;
+         next = graph_.output(*next->destination))
+        if (next->format)
+            return next->format->sampleRate();
+    return outputFormat_.sampleRate();
+}
+
+std::uint32_t RenderPlanner::settledChannels(const AudioGraph::Connection &connection) const
+{
+    if (connection.destination.get() == &output_)
+        return outputFormat_.channelCount();
+    if (const auto unit = unitOf(*connection.destination); unit && unit->inputChannelCount() > 0)
+        return unit->inputChannelCount();
+    if (const auto unit = unitOf(*connection.source); unit && unit->outputChannelCount() > 0)
+        return unit->outputChannelCount();
+    return stereo;
+}
+
+// A unit runs at the rate it is fed with.
+double RenderPlanner::rateOfUnit(const AVAudioNode &node) const
+{
+    const std::vector<AudioGraph::Connection> inputs = graph_.inputs(node);
+    if (!inputs.empty())
+        return settledFormat(inputs.front()).sampleRate();
+    const std::optional<AudioGraph::Connection> output = graph_.output(node);
+    return output ? settledFormat(*output).sampleRate() : outputFormat_.sampleRate();
+}
+
+std::vector<RenderPlanner::Unit> RenderPlanner::units() const
+{
+    std::vector<Unit> found;
+    collectUnits(output_, found);
+    return found;
+}
+
+void RenderPlanner::collectUnits(const AVAudioNode &node, std::vector<Unit> &found) const
+{
+    if (const std::shared_ptr<AUAudioUnit> unit = unitOf(node))
+        found.push_back({unit, rateOfUnit(node)});
+    for (const AudioGraph::Connection &input : graph_.inputs(node))
+        collectUnits(*input.source, found);
+}
+
+std::unique_ptr<RenderPlan> RenderPlanner::build(const ClockOfUnit &clockOf)
+{
+    clockOf_ = clockOf;
+    plan_ = std::make_unique<RenderPlan>();
+    plan_->maximumFrames = maximumFrames_;
+    const std::vector<AudioGraph::Connection> inputs = graph_.inputs(output_);
+    if (inputs.empty())
+        plan_->last = std::make_unique<SilenceStep>(outputFormat_, maximumFrames_);
+    else
+        plan_->last = adapt(stepFor(inputs.front()), outputFormat_, maximumFrames_);
+    return std::move(plan_);
+}
+
+RenderStepPointer RenderPlanner::stepFor(const AudioGraph::Connection &connection)
+{
+    const AVAudioNode &node = *connection.source;
+    if (const auto *const player = dynamic_cast<const AVAudioPlayerNode *>(&node))
+        return playerStep(player->core(), settledFormat(connection));
+    if (const std::shared_ptr<AUAudioUnit> unit = unitOf(node))
+        return unitStep(node, unit);
+    return mixerStep(node, settledFormat(connection));
+}
+
+RenderStepPointer RenderPlanner::playerStep(const std::shared_ptr<PlayerCore> &core,
+                                            const AVAudioFormat &format)
+{
+    const double ratio = format.sampleRate() / outputFormat_.sampleRate();
+    const double converted = ratio == 1.0 ? 0.0 : converterFrames;
+    const auto perBlock = static_cast<std::uint32_t>(std::ceil(maximumFrames_ * ratio) + converted);
+    const auto ahead = static_cast<std::uint32_t>(std::ceil(secondsAhead_ * format.sampleRate()));
+    core->setOutput(format, std::max(ahead, 2 * perBlock));
+    plan_->players.push_back({core, perBlock});
+    return std::make_unique<PlayerStep>(core, format, maximumFrames_);
+}
+
+RenderStepPointer RenderPlanner::unitStep(const AVAudioNode &node,
+                                          const std::shared_ptr<AUAudioUnit> &unit)
+{
+    const double rate = rateOfUnit(node);
+    const std::uint32_t channels = std::max(unit->inputChannelCount(), 1U);
+    const AVAudioFormat inputFormat(rate, channels);
+    const std::vector<AudioGraph::Connection> inputs = graph_.inputs(node);
+    RenderStepPointer source;
+    if (inputs.empty())
+        source = std::make_unique<SilenceStep>(inputFormat, maximumFrames_);
+    else
+        source = adapt(stepFor(inputs.front()), inputFormat, maximumFrames_);
+    const AVAudioFormat outputFormat(rate, std::max(unit->outputChannelCount(), 1U));
+    return std::make_unique<UnitStep>(unit, clockOf_(*unit), std::move(source), outputFormat,
+                                      maximumFrames_);
+}
+
+RenderStepPointer RenderPlanner::mixerStep(const AVAudioNode &node, const AVAudioFormat &format)
+{
+    std::vector<RenderStepPointer> sources;
+    for (const AudioGraph::Connection &input : graph_.inputs(node)) {
+        // A unit renders in its own format; the connection's stands between it
+        // and the mixer where the two differ.
+        RenderStepPointer source = adapt(stepFor(input), settledFormat(input), maximumFrames_);
+        sources.push_back(adapt(std::move(source), format, maximumFrames_));
+    }
+    if (sources.empty())
+        return std::make_unique<SilenceStep>(format, maximumFrames_);
+    if (sources.size() == 1)
+        return std::move(sources.front());
+    return std::make_unique<SumStep>(std::move(sources), format, maximumFrames_);
+}
+
+} // namespace platform::audio

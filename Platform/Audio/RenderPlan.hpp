@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Platform/Audio/AudioGraph.hpp"
+#include "Platform/Audio/RenderSteps.hpp"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace platform::audio
+{
+
+/// A graph made ready for the audio callback: every step and buffer allocated,
+/// nothing to be changed but by a new plan.
+struct RenderPlan {
+    RenderStepPointer last; // in the output's format
+    std::uint32_t maximumFrames = 0;
+
+    struct Player {
+        std::shared_ptr<PlayerCore> core;
+        /// The most frames that a block of `maximumFrames` takes of it.
+        std::uint32_t framesPerBlock;
+    };
+    std::vector<Player> players;
+};
+
+/// Reads a graph and says what rendering it takes. One use, on one thread.
+class RenderPlanner
+{
+public:
+    /// `outputFormat` is what comes out at `output`, in blocks of up to
+    /// `maximumFrames`. Players read at least `secondsAhead` ahead.
+    RenderPlanner(const AudioGraph &graph, const AVAudioNode &output,
+                  const AVAudioFormat &outputFormat, std::uint32_t maximumFrames,
+                  double secondsAhead);
+
+    struct Unit {
+        std::shared_ptr<AUAudioUnit> unit;
+        double sampleRate; // Hz
+    };
+    /// The units that will render and the rates they need render resources for.
+    std::vector<Unit> units() const;
+
+    using ClockOfUnit = std::function<std::shared_ptr<RenderClock>(const AUAudioUnit &)>;
+    /// Builds the plan and tells the players in it their formats. A
+    /// `PlatformError` when a rate cannot be converted.
+    std::unique_ptr<RenderPlan> build(const ClockOfUnit &clockOf);
+
+    /// A connection's format, settled where it was left open.
+    AVAudioFormat settledFormat(const AudioGraph::Connection &connection) const;
+
+private:
+    double settledRate(const AudioGraph::Connection &connection) const;
+    std::uint32_t settledChannels(const AudioGraph::Connection &connection) const;
+    double rateOfUnit(const AVAudioNode &node) const;
+    void collectUnits(const AVAudioNode &node, std::vector<Unit> &found) const;
+    RenderStepPointer stepFor(const AudioGraph::Connection &connection);
+    RenderStepPointer playerStep(const std::shared_ptr<PlayerCore> &core,
+                                 const AVAudioFormat &format);
+    RenderStepPointer unitStep(const AVAudioNode &node, const std::shared_ptr<AUAudioUnit> &unit);
+    RenderStepPointer mixerStep(const AVAudioNode &node, const AVAudioFormat &format);
+
+    const AudioGraph &graph_;
+    const AVAudioNode &output_;
+    AVAudioFormat outputFormat_;
+    std::uint32_t maximumFrames_;
+    double secondsAhead_;
+    ClockOfUnit clockOf_;
+    std::unique_ptr<RenderPlan> plan_;
+};
+
+} // namespace platform::audio

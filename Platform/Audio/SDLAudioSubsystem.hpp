@@ -1,0 +1,40 @@
+#pragma once
+
+#include <SDL2/SDL_audio.h>
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace platform::audio
+{
+
+/// SDL's audio subsystem, up as long as somebody uses it. Any thread.
+///
+/// SDL takes the first driver that initialises even when that cannot open a
+/// device, so the drivers are walked here: the one the user names in
+/// SDL_AUDIODRIVER alone, else the real ones, sound servers first.
+class SDLAudioSubsystem
+{
+public:
+    static SDLAudioSubsystem &shared();
+
+    /// Brings the subsystem up for one more user. A `PlatformError` when no
+    /// driver initialises.
+    void acquire();
+    void release();
+
+    /// Opens the default device on the first driver that can. The subsystem must
+    /// have been acquired. A `PlatformError` in SDL's words when none can.
+    SDL_AudioDeviceID openDevice(const SDL_AudioSpec &wanted, SDL_AudioSpec &obtained);
+
+private:
+    SDLAudioSubsystem() = default;
+    bool initialise(const std::string &driver);
+
+    std::mutex mutex_;
+    int users_ = 0;
+    std::string driver_; // in use; empty when down
+};
+
+} // namespace platform::audio
