@@ -40,6 +40,32 @@ void put32(Bytes &bytes, std::size_t offset, std::uint32_t value)
         bytes.at(offset + i) = static_cast<std::uint8_t>(value >> (24 - 8 * i));
 }
 
+Bytes wave(std::uint32_t sampleRate, std::uint16_t channels, std::uint32_t frames)
+{
+    Bytes bytes;
+    const auto text = [&bytes](std::string_view letters) {
+        bytes.insert(bytes.end(), letters.begin(), letters.end());
+    };
+    const auto little = [&bytes](std::uint32_t value, int count) {
+        for (int i = 0; i < count; ++i)
+            bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+    };
+    text("RIFF");
+    little(36 + frames * channels, 4);
+    text("WAVEfmt ");
+    little(16, 4);
+    little(1, 2);
+    little(channels, 2);
+    little(sampleRate, 4);
+    little(sampleRate * channels, 4);
+    little(channels, 2);
+    little(8, 2);
+    text("data");
+    little(frames * channels, 4);
+    bytes.resize(bytes.size() + std::size_t{frames} * channels, 128);
+    return bytes;
+}
+
 Samples readFrames(AVAudioFile &file, std::int64_t count, std::uint32_t step)
 {
     AVAudioPCMBuffer buffer(*file.processingFormat(), step);

@@ -23,6 +23,9 @@ std::size_t find(const Bytes &bytes, std::string_view text, std::size_t start = 
 /// Writes a big-endian number of 4 bytes.
 void put32(Bytes &bytes, std::size_t offset, std::uint32_t value);
 
+/// A WAV file of `frames` silent frames of one byte a channel, which begin at 44.
+Bytes wave(std::uint32_t sampleRate, std::uint16_t channels, std::uint32_t frames);
+
 /// Up to `count` frames from the file's position on, read in pieces of `step`.
 Samples readFrames(AVAudioFile &file, std::int64_t count, std::uint32_t step = 4'096);
 Samples readAll(AVAudioFile &file);

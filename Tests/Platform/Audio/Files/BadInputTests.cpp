@@ -42,33 +42,6 @@ protected:
         writeBytes(path("bad.m4a"), bytes);
         return fault("bad.m4a");
     }
-
-    /// A WAV header and `frames` silent frames of one byte a channel.
-    static Bytes wave(std::uint32_t sampleRate, std::uint16_t channels, std::uint32_t frames)
-    {
-        const auto little = [](Bytes &bytes, std::uint32_t value, int count) {
-            for (int i = 0; i < count; ++i)
-                bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-        };
-        const auto text = [](Bytes &bytes, std::string_view letters) {
-            bytes.insert(bytes.end(), letters.begin(), letters.end());
-        };
-        Bytes bytes;
-        text(bytes, "RIFF");
-        little(bytes, 36 + frames * channels, 4);
-        text(bytes, "WAVEfmt ");
-        little(bytes, 16, 4);
-        little(bytes, 1, 2);
-        little(bytes, channels, 2);
-        little(bytes, sampleRate, 4);
-        little(bytes, sampleRate * channels, 4);
-        little(bytes, channels, 2);
-        little(bytes, 8, 2);
-        text(bytes, "data");
-        little(bytes, frames * channels, 4);
-        bytes.resize(bytes.size() + std::size_t{frames} * channels, 128);
-        return bytes;
-    }
 };
 
 long peakMegabytes()
@@ -103,10 +76,10 @@ TEST_F(BadInput, IsNamedWhenItIsNotAFileOfSound)
 
 TEST_F(BadInput, IsRefusedWhenItIsNotAFileAtAll)
 {
-    for (const char *text : {"http://localhost/sound.m4a", "concat:a|b", "pipe:0"}) {
+    for (const char *text : {"http://localhost/sound.m4a", "concat:sound.m4a", "pipe:0"}) {
         const std::optional<URL> location = URL::fromString(text);
-        if (location)
-            EXPECT_THROW(AVAudioFile file(*location), PlatformError) << text;
+        ASSERT_TRUE(location) << text;
+        EXPECT_THROW(AVAudioFile file(*location), PlatformError) << text;
     }
     EXPECT_EQ(fault("http:"), "No such file or directory");
 }

@@ -125,7 +125,8 @@ TEST_F(AudioFiles, ReadsAFileThatHasVanished)
 
 TEST_F(AudioFiles, EndsEarlyInAFileThatShrinks)
 {
-    for (const int frames : {shortFrames, longFrames}) {
+    // The shorter is kept decoded, and yet more than is read from a file at once.
+    for (const int frames : {20 * 44'100, longFrames}) {
         encode("sound.m4a", 44'100, 2, frames, "-c:a aac -movflags +faststart");
         const Samples expected = decode("sound.m4a");
         AVAudioFile file(url("sound.m4a"));
