@@ -34,6 +34,14 @@ void attachToMainContext(GSource *source)
     sources.attached.push_back(source);
 }
 
+void detachFromMainContext(GSource *source)
+{
+    MainSources &sources = mainSources();
+    const std::lock_guard lock(sources.mutex);
+    std::erase(sources.attached, source);
+    g_source_destroy(source);
+}
+
 void setMainSourcePriority(int priority)
 {
     MainSources &sources = mainSources();

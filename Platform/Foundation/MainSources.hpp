@@ -13,8 +13,9 @@ struct SourceDeleter {
 using SourcePointer = std::unique_ptr<GSource, SourceDeleter>;
 
 /// Adds `source` to the default main context at the run loop's priority, which it
-/// follows from then on. The context keeps it for ever. Any thread.
+/// follows until it is detached. Any thread.
 void attachToMainContext(GSource *source);
+void detachFromMainContext(GSource *source);
 
 /// The priority of those sources. Any thread.
 void setMainSourcePriority(int priority);

@@ -1,0 +1,94 @@
+#include "Support/DiagnosticPrinting.hpp"
+
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Platform/Foundation/Print.hpp"
+#include "Platform/Foundation/RunLoop.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+class DiagnosticPrintingTest : public ::testing::Test
+{
+protected:
+    DiagnosticPrintingTest() { ::testing::internal::CaptureStdout(); }
+
+    /// What was written up to the task that this submits.
+    static std::string written()
+    {
+        bool drained = false;
+        DispatchQueue::main().async([&] { drained = true; });
+        EXPECT_TRUE(RunLoop::main().runUntil([&] { return drained; }, 30));
+        return ::testing::internal::GetCapturedStdout();
+    }
+};
+
+TEST_F(DiagnosticPrintingTest, WritesTheTextExactlyAndANewline)
+{
+    debugprint("a line");
+    safeprint("  %s \"two\"\nlines\t");
+    debugprint("");
+    safeprint("");
+    EXPECT_EQ(written(), "a line\n  %s \"two\"\nlines\t\n\n\n");
+}
+
+TEST_F(DiagnosticPrintingTest, ComesAfterWhatTheSameTaskPrints)
+{
+    DispatchQueue::main().async([] {
+        debugprint("second");
+        print("first");
+    });
+    bool ran = false;
+    DispatchQueue::main().async([&] { ran = true; });
+    EXPECT_TRUE(RunLoop::main().runUntil([&] { return ran; }, 30));
+    EXPECT_EQ(written(), "first\nsecond\n");
+}
+
+TEST_F(DiagnosticPrintingTest, PrintsNothingBeforeTheMainQueueRuns)
+{
+    safeprint("late");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(written(), "late\n");
+}
+
+TEST_F(DiagnosticPrintingTest, KeepsItsOwnCopyOfTheText)
+{
+    {
+        std::string text(1000, 'x');
+        safeprint(text);
+        text.assign(1000, 'y');
+    }
+    EXPECT_EQ(written(), std::string(1000, 'x') + "\n");
+}
+
+TEST_F(DiagnosticPrintingTest, KeepsTheOrderOfEachThreadsLines)
+{
+    constexpr int threadCount = 4;
+    constexpr int linesEach = 200;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([thread] {
+            for (int i = 0; i < linesEach; ++i) {
+                const std::string line = std::to_string(thread) + " " + std::to_string(i);
+                i % 2 == 0 ? debugprint(line) : safeprint(line);
+            }
+        });
+    }
+    for (auto &thread : threads)
+        thread.join();
+    std::istringstream lines(written());
+    std::vector<int> next(threadCount);
+    int thread = 0;
+    for (int i = 0; lines >> thread >> i;)
+        EXPECT_EQ(i, next.at(static_cast<std::size_t>(thread))++);
+    EXPECT_EQ(next, std::vector<int>(threadCount, linesEach));
+}
+
+} // namespace
