@@ -1,0 +1,203 @@
+"""Drives the program as a person would: on a display, a message bus and a home
+folder of its own, with its sound going to a file. Run under dbus-run-session."""
+
+import array
+import contextlib
+import os
+import pathlib
+import queue
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+
+PATIENCE = 60  # seconds; only a test that fails waits so long
+
+
+class Display:
+    """An X server of its own, as `with Display():`."""
+
+    def __enter__(self):
+        reader, writer = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24",
+             "-nolisten", "tcp", "-noreset"],
+            pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writer)
+        with os.fdopen(reader) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise RuntimeError("Xvfb does not start.")
+        os.environ["DISPLAY"] = f":{number}"
+        return self
+
+    def __exit__(self, *_):
+        self.server.terminate()
+        self.server.wait()
+
+
+class Installation:
+    """A copy of the built program with demonstration loops of half a second, in
+    a temporary folder, as `with Installation(build_folder) as installation:`."""
+
+    def __init__(self, build):
+        self.build = pathlib.Path(build)
+        self.root = pathlib.Path(tempfile.mkdtemp(prefix="parvane-end-to-end-"))
+        self.program = self.root / "bin" / "parvane-host"
+        self.resources = self.root / "share" / "parvane-host"
+        self.home = self.root / "home"
+
+    def __enter__(self):
+        self.program.parent.mkdir()
+        self.home.mkdir()
+        shutil.copy2(self.build / "bin" / "parvane-host", self.program)
+        modules = self.build / "lib" / "parvane-host"
+        if modules.exists():
+            shutil.copytree(modules, self.root / "lib" / "parvane-host")
+        for helper in (self.build / "bin").glob("parvane-effect*"):
+            shutil.copy2(helper, self.program.parent)
+        shutil.copytree(self.build / "share" / "parvane-host", self.resources,
+                        ignore=shutil.ignore_patterns("*.m4a"))
+        self._make_loops()
+        return self
+
+    def __exit__(self, *_):
+        shutil.rmtree(self.root)
+
+    def _make_loops(self):
+        """Eighty files, all the same: which one is picked does not matter."""
+        first = self.resources / "1.m4a"
+        subprocess.run(
+            ["ffmpeg", "-v", "error", "-f", "lavfi", "-i",
+             "sine=frequency=330:sample_rate=48000:duration=0.5,volume=4,aformat=channel_layouts=stereo",
+             "-c:a", "aac", "-b:a", "128k", str(first)], check=True)
+        for number in range(2, 81):
+            shutil.copy2(first, self.resources / f"{number}.m4a")
+
+    def recording(self):
+        """What reached the disk driver: samples of all channels, in turn."""
+        samples = array.array("f")
+        content = (self.root / "recording.raw").read_bytes()
+        samples.frombytes(content[:len(content) // 4 * 4])
+        return samples
+
+    def run(self, lv2_path):
+        return Program(self, lv2_path)
+
+
+class Program:
+    """The running program, its lines and its buttons."""
+
+    def __init__(self, installation, lv2_path):
+        environment = {name: value for name, value in os.environ.items()
+                       if not name.startswith(("XDG_", "GTK_", "GDK_", "GSK_", "WAYLAND_"))}
+        environment.update(
+            HOME=str(installation.home),
+            LV2_PATH=str(lv2_path),
+            SDL_AUDIODRIVER="disk",
+            SDL_DISKAUDIOFILE=str(installation.root / "recording.raw"),
+            GDK_BACKEND="x11")
+        self.process = subprocess.Popen([str(installation.program)], env=environment, text=True,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.lines = []
+        self.errors = []
+        self._arrived = queue.Queue()
+        self._readers = [
+            threading.Thread(target=self._read, args=(self.process.stdout, self._arrived.put)),
+            threading.Thread(target=self._read, args=(self.process.stderr, self.errors.append))]
+        for reader in self._readers:
+            reader.start()
+
+    @staticmethod
+    def _read(stream, take):
+        for line in stream:
+            take(line.rstrip("\n"))
+
+    def wait_for(self, text, count=1):
+        """Reads lines until `count` lines contain `text`; answers the last."""
+        end = time.monotonic() + PATIENCE
+        while True:
+            found = [line for line in self.lines if text in line]
+            if len(found) >= count:
+                return found[count - 1]
+            try:
+                self.lines.append(self._arrived.get(timeout=max(0, end - time.monotonic())))
+            except queue.Empty:
+                raise AssertionError(f"'{text}' was not printed {count} times in:\n" +
+                                     "\n".join(self.lines + self.errors)) from None
+
+    def end_with(self, number):
+        """Sends a signal and answers the exit status."""
+        self.process.send_signal(number)
+        return self.wait()
+
+    def wait(self):
+        status = self.process.wait(PATIENCE)
+        for reader in self._readers:
+            reader.join()
+        while not self._arrived.empty():
+            self.lines.append(self._arrived.get())
+        return status
+
+    def kill(self):
+        with contextlib.suppress(ProcessLookupError):
+            self.process.send_signal(signal.SIGKILL)
+        self.wait()
+
+    def button(self, name):
+        """The visible button of that accessible name, once it is there."""
+        return wait_until(lambda: self._find_button(name), f"a button '{name}'")
+
+    def press(self, name):
+        button = self.button(name)
+        wait_until(lambda: button.queryAction().doAction(0), f"a press of '{name}'")
+
+    def shows(self, name):
+        return self._find_button(name) is not None
+
+    def window(self):
+        """The X window; its number is what xdotool takes."""
+        def search():
+            found = subprocess.run(
+                ["xdotool", "search", "--onlyvisible", "--name", "^Parvane Host$"],
+                capture_output=True, text=True, check=False).stdout.split()
+            return found[0] if found else None
+        return wait_until(search, "a window")
+
+    def type(self, keys):
+        """Types a combination of keys with the window in focus."""
+        window = self.window()
+        subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", keys], check=True)
+
+    def _find_button(self, name):
+        # Not before there is a bus to look at.
+        import pyatspi  # pylint: disable=import-outside-toplevel
+        for application in pyatspi.Registry.getDesktop(0):
+            with contextlib.suppress(Exception):
+                if application and application.get_process_id() == self.process.pid:
+                    return pyatspi.findDescendant(
+                        application, lambda each: each.getRole() == pyatspi.ROLE_PUSH_BUTTON and
+                        each.name == name and each.getState().contains(pyatspi.STATE_SHOWING))
+        return None
+
+
+def wait_until(ask, what):
+    """Asks until the answer is true; the accessibility bus and X tell of nothing
+    by themselves that a script could wait on."""
+    end = time.monotonic() + PATIENCE
+    while time.monotonic() < end:
+        answer = ask()
+        if answer:
+            return answer
+        time.sleep(0.05)
+    raise AssertionError(f"There was no {what} within {PATIENCE} s.")
+
+
+def environment_argument(name):
+    """A folder that CTest hands over in the environment."""
+    if name not in os.environ:
+        sys.exit(f"{name} is not set; run this through CTest.")
+    return pathlib.Path(os.environ[name])
