@@ -1,0 +1,60 @@
+#include "Platform/Foundation/FileManager.hpp"
+
+#include "Platform/Foundation/Immortal.hpp"
+#include "Platform/Foundation/Shared.hpp"
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+#include <glib.h>
+
+namespace
+{
+
+using platform::foundation::Immortal;
+
+Shared<std::shared_ptr<FileManager>> &replacement()
+{
+    static Immortal<Shared<std::shared_ptr<FileManager>>> manager(
+        [] { return Shared<std::shared_ptr<FileManager>>(); });
+    return manager.value;
+}
+
+std::string documentsFolder()
+{
+    if (const char *configured = g_get_user_special_dir(G_USER_DIRECTORY_DOCUMENTS))
+        return configured;
+    return std::string(g_get_home_dir()) + "/Documents";
+}
+
+} // namespace
+
+std::shared_ptr<FileManager> FileManager::defaultManager()
+{
+    if (auto manager = replacement().load())
+        return manager;
+    static const Immortal<std::shared_ptr<FileManager>> manager(
+        [] { return std::make_shared<FileManager>(); });
+    return manager.value;
+}
+
+void FileManager::setDefaultManager(std::shared_ptr<FileManager> manager)
+{
+    replacement().store(std::move(manager));
+}
+
+std::vector<URL> FileManager::urls(SearchPathDirectory /*directory*/,
+                                   SearchPathDomainMask /*domain*/) const
+{
+    return {URL::fileURLWithPath(documentsFolder())};
+}
+
+bool FileManager::fileExists(std::string_view path) const
+{
+    // A name with a NUL in it would be taken for the part before it.
+    if (path.find('\0') != std::string_view::npos)
+        return false;
+    std::error_code error;
+    return std::filesystem::exists(std::filesystem::path(path), error);
+}
