@@ -50,16 +50,6 @@ AVAudioUnit::AVAudioUnit(std::shared_ptr<AUAudioUnit> unit) : unit_(std::move(un
         fatalError("AVAudioUnit needs an audio unit");
 }
 
-std::uint32_t AVAudioUnit::numberOfInputs() const
-{
-    return unit_->inputChannelCount() > 0 ? 1 : 0;
-}
-
-std::uint32_t AVAudioUnit::numberOfOutputs() const
-{
-    return unit_->outputChannelCount() > 0 ? 1 : 0;
-}
-
 std::string AVAudioUnit::name() const
 {
     return unit_->audioUnitName();
