@@ -300,7 +300,7 @@ TEST_F(RunningBundle, LoadsPresetsThatSetEveryParameterWithinRange)
     LILV_FOREACH(nodes, i, presets.get())
     {
         const LilvNode *preset = lilv_nodes_get(presets.get(), i);
-        ASSERT_GE(lilv_world_load_resource(world.get(), preset), 1);
+        ASSERT_GE(lilv_world_load_resource(world.get(), preset), 0);
         const std::unique_ptr<LilvState, Deleter<lilv_state_free>> state(
             lilv_state_new_from_world(world.get(), &urids.map, preset));
         ASSERT_NE(state, nullptr);

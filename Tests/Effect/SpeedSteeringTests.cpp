@@ -95,7 +95,7 @@ TEST_F(SteeringBySpeed, StepsEvenlyFromNoteToNote)
 
 TEST_F(SteeringBySpeed, ReleasesNotesByModeMessages)
 {
-    for (const std::uint8_t mode : {120, 123, 124, 125, 126, 127}) {
+    for (const std::uint8_t mode : std::vector<std::uint8_t>{120, 123, 124, 125, 126, 127}) {
         press(72);
         press(60);
         control(1, 127);
