@@ -20,6 +20,8 @@ Crossover::Crossover(double frequency, double sampleRate)
     a1_ = static_cast<float>(a1);
     a2_ = static_cast<float>(g * a1);
     a3_ = static_cast<float>(g * g * a1);
+    keep1_ = static_cast<float>(2 * a1 - 1);
+    keep2_ = static_cast<float>(1 - 2 * g * g * a1);
 }
 
 void Crossover::reset()
@@ -30,28 +32,28 @@ void Crossover::reset()
 
 void Crossover::process(const Tick &input, Tick &low, Tick &high)
 {
+    // The next state is worked out from the last one directly, beside the outputs
+    // and not through them: what bounds the speed is the way from state to state.
     Filter split = split_;
     Filter smooth = smooth_;
-    const auto step = [this](Filter &filter, float in, float &band) {
-        const float v3 = in - filter.second;
-        band = a1_ * filter.first + a2_ * v3;
-        const float v2 = filter.second + (a2_ * filter.first + a3_ * v3);
-        filter.first = 2.0F * band - filter.first;
-        filter.second = 2.0F * v2 - filter.second;
-        return v2;
-    };
     for (std::size_t n = 0; n < tickFrames; ++n) {
         const float in = input[n];
-        float band = 0;
-        float unused = 0;
-        const float once = step(split, in, band);
-        const float twice = step(smooth, once, unused);
-        const float allPass = in - 2.0F * damping * band;
+        const float band = a1_ * split.first + a2_ * (in - split.second);
+        const float once = split.second + (a2_ * split.first + a3_ * (in - split.second));
+        split = next(split, in);
+        const float twice = smooth.second + (a2_ * smooth.first + a3_ * (once - smooth.second));
+        smooth = next(smooth, once);
         low[n] = twice;
-        high[n] = allPass - twice;
+        high[n] = (in - 2.0F * damping * band) - twice;
     }
     split_ = split;
     smooth_ = smooth;
+}
+
+Crossover::Filter Crossover::next(const Filter &filter, float in) const
+{
+    return {keep1_ * filter.first + (2.0F * a2_ * in - 2.0F * a2_ * filter.second),
+            keep2_ * filter.second + (2.0F * a3_ * in + 2.0F * a2_ * filter.first)};
 }
 
 } // namespace effect

@@ -28,9 +28,14 @@ private:
         float second = 0;
     };
 
+    REALTIME Filter next(const Filter &filter, float in) const;
+
     float a1_;
     float a2_;
     float a3_;
+    /// What each state keeps of itself in a frame.
+    float keep1_;
+    float keep2_;
     Filter split_;
     Filter smooth_;
 };

@@ -1,10 +1,14 @@
 #pragma once
 
 #include "Effect/InterpolationTable.hpp"
+#include "Effect/Tick.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 namespace effect
@@ -22,39 +26,76 @@ public:
     /// Serves delays from `minimum` to `longest` samples.
     explicit FractionalDelay(std::size_t longest) : table_(InterpolationTable::shared())
     {
-        std::size_t length = 16;
-        while (length < longest + InterpolationTable::taps) {
-            length *= 2;
-        }
-        mask_ = length - 1;
-        samples_.assign(length + InterpolationTable::taps, 0);
+        const std::size_t reach = longest + tickFrames + InterpolationTable::fineTaps;
+        length_ = (reach / tickFrames + 1) * tickFrames;
+        samples_.assign(2 * length_, 0);
     }
 
     REALTIME void reset() { std::fill(samples_.begin(), samples_.end(), 0.0F); }
 
-    REALTIME void write(float sample)
+    /// Everything is written twice, so that every window is in one piece.
+    REALTIME void write(const Tick &tick)
     {
-        head_ = (head_ + 1) & mask_;
-        samples_[head_] = sample;
-        // The beginning is repeated behind the end, so that every window is in one piece.
-        if (head_ < InterpolationTable::taps) {
-            samples_[head_ + mask_ + 1] = sample;
-        }
+        head_ = head_ + tickFrames == length_ ? 0 : head_ + tickFrames;
+        std::copy(tick.begin(), tick.end(), samples_.data() + head_);
+        std::copy(tick.begin(), tick.end(), samples_.data() + head_ + length_);
     }
 
-    /// What was written `delay` samples before the latest.
-    REALTIME float read(float delay) const
+    /// Four delays, cut up as the readers want them.
+    class Places
     {
-        const int whole = static_cast<int>(delay);
-        const std::size_t start =
-            (head_ - static_cast<std::size_t>(whole) - InterpolationTable::taps / 2) & mask_;
-        return table_.read(samples_.data() + start, delay - static_cast<float>(whole));
+    public:
+        /// `minimum` samples or more in each lane.
+        REALTIME explicit Places(Lanes delays)
+        {
+            const Lanes position = delays * static_cast<float>(InterpolationTable::phases);
+            const WholeLanes steps = wholePart(position);
+            store(whole_, steps >> InterpolationTable::phaseBits);
+            store(phase_, steps & (InterpolationTable::phases - 1));
+            store(rest_, position - toLanes(steps));
+        }
+
+    private:
+        friend FractionalDelay;
+
+        template <typename Array, typename Vector>
+        static void store(Array &array, const Vector &lanes)
+        {
+            static_assert(sizeof array == sizeof lanes);
+            std::memcpy(array.data(), &lanes, sizeof lanes);
+        }
+
+        std::array<std::int32_t, 4> whole_;
+        std::array<std::int32_t, 4> phase_;
+        std::array<float, 4> rest_;
+    };
+
+    /// What was written before frame `frame` of the latest tick by the delay in
+    /// one of the lanes, over the whole band; the answer is the sum of its lanes.
+    REALTIME Lanes readFine(std::size_t frame, const Places &places, std::size_t lane) const
+    {
+        return table_.readFine(window(frame, places.whole_[lane]), places.phase_[lane],
+                               places.rest_[lane]);
+    }
+
+    /// The same, losing treble, at half the price.
+    REALTIME Lanes readPlain(std::size_t frame, const Places &places, std::size_t lane) const
+    {
+        return table_.readPlain(window(frame, places.whole_[lane]), places.phase_[lane],
+                                places.rest_[lane]);
     }
 
 private:
+    REALTIME const float *window(std::size_t frame, std::int32_t whole) const
+    {
+        constexpr std::size_t before = InterpolationTable::fineTaps / 2;
+        return samples_.data() + (length_ - before + head_ + frame) - whole;
+    }
+
     const InterpolationTable &table_;
     std::vector<float> samples_;
-    std::size_t mask_ = 0;
+    std::size_t length_ = 0;
+    /// Where the latest tick begins, in the first copy.
     std::size_t head_ = 0;
 };
 

@@ -258,34 +258,42 @@ void RotaryCabinet::radiate(const Tick &treble, const Tick &bass)
     const Lanes bodyShare = loadLanes(bodyShare_.data());
     const Lanes bodySwing = hornAndDrum(hornBodySwing, drumBodySwing);
     const Lanes trebleSwing = hornAndDrum(hornTrebleSwing, drumTrebleSwing);
+    const Lanes walls{leftWall_, rightWall_, centre_, centre_};
     Lanes body = loadLanes(body_.data());
 
+    hornLine_.write(treble);
+    drumLine_.write(bass);
+
+    // One step at a time for the whole tick, so that each keeps to the registers.
+    std::array<Lanes, tickFrames> facing;
     for (std::size_t n = 0; n < tickFrames; ++n) {
-        hornLine_.write(treble[n]);
-        drumLine_.write(bass[n]);
-
-        const Lanes facing = cosine * across.at(n) + sine * aside.at(n);
-        const Lanes swing = radius * (facing * depth.at(n));
-        const Lanes delay = centre_ - swing;
-        const Lanes heard{hornLine_.read(delay[0]), hornLine_.read(delay[1]),
-                          drumLine_.read(delay[2]), drumLine_.read(delay[3])};
-
-        const Lanes beam = facing + sharpness * (facing * facing - 0.5F);
-        body += bodyShare * (heard - body);
-        const Lanes swung = bodySwing * body + trebleSwing * (heard - body);
-        const Lanes sound =
-            (heard + beam * depth.at(n) * swung) * hornAndDrum(hornGain.at(n), drumGain.at(n));
-
-        const float thrown = reflection * depth.at(n) * hornGain.at(n);
-        const float fromLeft = hornLine_.read(leftWall_ + swing[0]) * (0.5F - 0.5F * facing[0]);
-        const float fromRight = hornLine_.read(rightWall_ + swing[1]) * (0.5F - 0.5F * facing[1]);
-
-        wet_.left[n] = level.at(n) * (sound[0] + sound[2] + thrown * fromLeft);
-        wet_.right[n] = level.at(n) * (sound[1] + sound[3] + thrown * fromRight);
-
+        facing[n] = cosine * across.at(n) + sine * aside.at(n);
         const Lanes turned = cosine * stepCosine - sine * stepSine;
         sine = sine * stepCosine + cosine * stepSine;
         cosine = turned;
+    }
+
+    std::array<Lanes, tickFrames> heard;
+    std::array<Lanes, tickFrames> thrown;
+    for (std::size_t n = 0; n < tickFrames; ++n) {
+        const Lanes swing = radius * (facing[n] * depth.at(n));
+        const FractionalDelay::Places direct(centre_ - swing);
+        const FractionalDelay::Places detour(walls + swing);
+        heard[n] = sumsOf(hornLine_.readFine(n, direct, 0), hornLine_.readFine(n, direct, 1),
+                          drumLine_.readPlain(n, direct, 2), drumLine_.readPlain(n, direct, 3));
+        thrown[n] = sumsOf(hornLine_.readPlain(n, detour, 0), hornLine_.readPlain(n, detour, 1),
+                           Lanes{}, Lanes{});
+    }
+
+    for (std::size_t n = 0; n < tickFrames; ++n) {
+        const Lanes beam = facing[n] + sharpness * (facing[n] * facing[n] - 0.5F);
+        body += bodyShare * (heard[n] - body);
+        const Lanes swung = bodySwing * body + trebleSwing * (heard[n] - body);
+        const Lanes behind = thrown[n] * ((0.5F - 0.5F * facing[n]) * reflection);
+        const Lanes sound = (heard[n] + depth.at(n) * (beam * swung + behind)) *
+                            (hornAndDrum(hornGain.at(n), drumGain.at(n)) * level.at(n));
+        wet_.left[n] = sound[0] + sound[2];
+        wet_.right[n] = sound[1] + sound[3];
     }
     std::memcpy(body_.data(), &body, sizeof body);
 }

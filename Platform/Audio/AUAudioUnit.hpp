@@ -92,6 +92,11 @@ public:
     virtual void deallocateRenderResources() = 0;
     virtual bool renderResourcesAllocated() const = 0;
 
+    /// Says that rendering is not bound to time: a unit then does at once, and so
+    /// repeatably, what it would do on threads of its own, and `render` may wait.
+    /// Live at first. Never while `render` may run.
+    virtual void setRenderingOffline(bool /*offline*/) {}
+
     /// Delay through the unit, in seconds; 0 before render resources exist.
     virtual double latency() const = 0;
 

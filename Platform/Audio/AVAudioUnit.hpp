@@ -29,8 +29,10 @@ public:
     /// The unit itself; never null.
     const std::shared_ptr<AUAudioUnit> &auAudioUnit() const { return unit_; }
 
-    std::uint32_t numberOfInputs() const override;
-    std::uint32_t numberOfOutputs() const override;
+    /// One bus each way whatever the unit has: a generator between a source and
+    /// the mixer takes no audio, but the source goes on in time.
+    std::uint32_t numberOfInputs() const override { return 1; }
+    std::uint32_t numberOfOutputs() const override { return 1; }
     std::string name() const override;
 
 private:

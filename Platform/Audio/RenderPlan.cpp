@@ -136,7 +136,8 @@ RenderStepPointer RenderPlanner::unitStep(const AVAudioNode &node,
     else
         source = adapt(stepFor(inputs.front()), inputFormat, maximumFrames_);
     const AVAudioFormat outputFormat(rate, std::max(unit->outputChannelCount(), 1U));
-    return std::make_unique<UnitStep>(unit, clockOf_(*unit), std::move(source), outputFormat,
+    return std::make_unique<UnitStep>(unit->renderResourcesAllocated() ? unit : nullptr,
+                                      clockOf_(*unit), std::move(source), outputFormat,
                                       maximumFrames_);
 }
 

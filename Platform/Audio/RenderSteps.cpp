@@ -59,7 +59,7 @@ const float *const *UnitStep::pull(std::uint32_t frames) noexcept
     const AURenderBlock block{source_->pull(frames), buffer_.floatChannelData(), frames,
                               clock_->frames};
     clock_->frames += frames;
-    if (!unit_->render(block))
+    if (unit_ == nullptr || !unit_->render(block))
         clear(buffer_, 0, frames);
     return buffer_.floatChannelData();
 }

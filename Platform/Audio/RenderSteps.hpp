@@ -50,6 +50,7 @@ class UnitStep : public RenderStep
 {
 public:
     /// `source` has the unit's rate and input channels, or any where it has none.
+    /// Without a unit there is silence.
     UnitStep(std::shared_ptr<AUAudioUnit> unit, std::shared_ptr<RenderClock> clock,
              RenderStepPointer source, const AVAudioFormat &format, std::uint32_t maximumFrames);
     REALTIME const float *const *pull(std::uint32_t frames) noexcept override;

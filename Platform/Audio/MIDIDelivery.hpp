@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Platform/Audio/AUAudioUnit.hpp"
+#include "Platform/LV2/Exchange.hpp"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace platform::audio
+{
+
+/// Hands on what a plug-in leaves on the audio callback: MIDI to the handler, log
+/// lines to standard error.
+class MIDIDelivery
+{
+public:
+    MIDIDelivery(std::string unitName, std::shared_ptr<lv2::Exchange> exchange);
+
+    /// Hands on what is there. One thread, the unit's MIDI thread.
+    void deliver();
+
+    /// Null drops what comes. A handler that was replaced is not running any more
+    /// on return, unless it replaces itself. Any thread.
+    void setHandler(AUMIDIOutputEventBlock handler);
+
+private:
+    void deliverEvent(const lv2::MidiOutput::Event &event);
+    void reportLosses();
+
+    const std::string unitName_;
+    const std::shared_ptr<lv2::Exchange> exchange_;
+    std::atomic<std::thread::id> deliveringThread_{};
+    // Held while the handler runs.
+    std::mutex handlerMutex_;
+    std::shared_ptr<const AUMIDIOutputEventBlock> handler_;
+    bool lossesWereReported_ = false;
+    std::vector<std::uint8_t> padded_;
+};
+
+} // namespace platform::audio

@@ -1,0 +1,181 @@
+#include "Platform/Audio/Turtle.hpp"
+
+#include <serd/serd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform::audio
+{
+
+namespace
+{
+
+const std::uint8_t *bytesOf(const char *text)
+{
+    return reinterpret_cast<const std::uint8_t *>(text);
+}
+
+std::string_view textOf(const SerdNode &node)
+{
+    return {reinterpret_cast<const char *>(node.buf), node.n_bytes};
+}
+
+// serd descends into brackets by recursion.
+bool isNestedTooDeeply(const std::string &text)
+{
+    constexpr int deepest = 500;
+    int depth = 0;
+    for (const char character : text) {
+        if (character == '[' || character == '(')
+            ++depth;
+        else if (character == ']' || character == ')')
+            depth = std::max(0, depth - 1);
+        if (depth > deepest)
+            return true;
+    }
+    return false;
+}
+
+class Reader
+{
+public:
+    Reader(const std::string &folder, const std::function<void(const TurtleStatement &)> &visit)
+        : visit_(visit)
+    {
+        SerdNode base =
+            serd_node_new_file_uri(bytesOf((folder + "/").c_str()), nullptr, nullptr, true);
+        environment_.reset(serd_env_new(&base));
+        serd_node_free(&base);
+    }
+
+    bool read(const std::string &text)
+    {
+        const std::unique_ptr<SerdReader, decltype(&serd_reader_free)> reader(
+            serd_reader_new(SERD_TURTLE, this, nullptr, &Reader::onBase, &Reader::onPrefix,
+                            &Reader::onStatement, nullptr),
+            &serd_reader_free);
+        serd_reader_set_error_sink(
+            reader.get(), [](void *, const SerdError *) { return SERD_SUCCESS; }, nullptr);
+        return serd_reader_read_string(reader.get(), bytesOf(text.c_str())) == SERD_SUCCESS;
+    }
+
+private:
+    static SerdStatus onBase(void *self, const SerdNode *uri)
+    {
+        return serd_env_set_base_uri(static_cast<Reader *>(self)->environment_.get(), uri);
+    }
+
+    static SerdStatus onPrefix(void *self, const SerdNode *name, const SerdNode *uri)
+    {
+        return serd_env_set_prefix(static_cast<Reader *>(self)->environment_.get(), name, uri);
+    }
+
+    static SerdStatus onStatement(void *self, SerdStatementFlags, const SerdNode *,
+                                  const SerdNode *subject, const SerdNode *predicate,
+                                  const SerdNode *object, const SerdNode *, const SerdNode *)
+    {
+        auto &reader = *static_cast<Reader *>(self);
+        if (!reader.expand(*subject, reader.subject_) ||
+            !reader.expand(*predicate, reader.predicate_) ||
+            !reader.expand(*object, reader.object_))
+            return SERD_ERR_BAD_CURIE;
+        reader.visit_(
+            {reader.subject_, reader.predicate_, reader.object_, object->type == SERD_LITERAL});
+        return SERD_SUCCESS;
+    }
+
+    bool expand(const SerdNode &node, std::string &result)
+    {
+        if (node.type == SERD_CURIE) {
+            SerdChunk prefix{};
+            SerdChunk suffix{};
+            if (serd_env_expand(environment_.get(), &node, &prefix, &suffix) != SERD_SUCCESS)
+                return false;
+            result.assign(reinterpret_cast<const char *>(prefix.buf), prefix.len);
+            result.append(reinterpret_cast<const char *>(suffix.buf), suffix.len);
+        } else if (node.type == SERD_URI && !serd_uri_string_has_scheme(node.buf)) {
+            SerdNode full = serd_env_expand_node(environment_.get(), &node);
+            result = textOf(full);
+            serd_node_free(&full);
+        } else {
+            result = textOf(node);
+        }
+        return true;
+    }
+
+    const std::function<void(const TurtleStatement &)> &visit_;
+    std::unique_ptr<SerdEnv, decltype(&serd_env_free)> environment_{nullptr, &serd_env_free};
+    std::string subject_;
+    std::string predicate_;
+    std::string object_;
+};
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor()
+    {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int number() const { return number_; }
+
+private:
+    int number_;
+};
+
+} // namespace
+
+bool readTurtle(const std::string &text, const std::string &folder,
+                const std::function<void(const TurtleStatement &)> &visit)
+{
+    return !isNestedTooDeeply(text) && Reader(folder, visit).read(text);
+}
+
+std::optional<std::string> pathOfFileLocation(std::string_view location)
+{
+    const std::string text(location);
+    const std::unique_ptr<std::uint8_t, decltype(&serd_free)> path(
+        serd_file_uri_parse(bytesOf(text.c_str()), nullptr), &serd_free);
+    if (!path)
+        return std::nullopt;
+    return std::string(reinterpret_cast<const char *>(path.get()));
+}
+
+std::optional<std::string> readTextFile(const std::string &path, std::size_t largest,
+                                        std::size_t &tooLarge)
+{
+    tooLarge = 0;
+    // Without waiting: a named pipe has nothing to say here.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat status {
+    };
+    if (file.number() < 0 || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size > largest) {
+        tooLarge = size;
+        return std::nullopt;
+    }
+    std::string text(size, '\0');
+    std::size_t filled = 0;
+    while (filled < size) {
+        const ssize_t count = ::read(file.number(), text.data() + filled, size - filled);
+        if (count <= 0)
+            break;
+        filled += static_cast<std::size_t>(count);
+    }
+    text.resize(filled);
+    return text;
+}
+
+} // namespace platform::audio

@@ -1,0 +1,5 @@
+#include "Platform/Interface/NSCoder.hpp"
+
+#include <utility>
+
+NSCoder::NSCoder(std::shared_ptr<platform::interface::Scene> scene) : scene_(std::move(scene)) {}

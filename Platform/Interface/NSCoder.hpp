@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+namespace platform::interface
+{
+class Scene;
+}
+
+/// What a storyboard holds of one screen, handed to the view controller that is
+/// made from it.
+class NSCoder
+{
+public:
+    explicit NSCoder(std::shared_ptr<platform::interface::Scene> scene);
+
+    const std::shared_ptr<platform::interface::Scene> &scene() const { return scene_; }
+
+private:
+    std::shared_ptr<platform::interface::Scene> scene_;
+};

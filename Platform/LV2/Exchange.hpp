@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Platform/LV2/Log.hpp"
+#include "Platform/LV2/MidiInput.hpp"
+#include "Platform/LV2/MidiOutput.hpp"
+#include "Platform/LV2/ScratchFolder.hpp"
+
+#include <string>
+#include <utility>
+
+namespace platform::lv2
+{
+
+/// What stands between a plug-in and the host and outlives its instances: when
+/// one is replaced by another at a new sample rate, no message is lost and the
+/// threads at the other end need not know.
+struct Exchange {
+    explicit Exchange(std::string pluginName) : log(std::move(pluginName)) {}
+
+    MidiInput midiInput;
+    MidiOutput midiOutput;
+    Log log;
+    ScratchFolder files;
+};
+
+} // namespace platform::lv2

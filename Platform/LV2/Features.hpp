@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/Worker.hpp"
+
+#include <lv2/core/lv2.h>
+#include <lv2/options/options.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform::lv2
+{
+
+/// The option under which a plug-in reads what the host calls its context: a
+/// string (atom:String).
+inline constexpr const char *contextNameOption = "urn:qrvx:audio-component#contextName";
+
+/// What one instance is offered: the features of LV2 and the options.
+class Features
+{
+public:
+    struct Values {
+        double sampleRate;
+        std::uint32_t maximumFrames;
+        std::uint32_t sequenceSize;
+        std::optional<std::string> contextName;
+    };
+
+    /// Whether a plug-in may require the feature of this URI.
+    static bool serves(std::string_view feature);
+    static bool servesOption(std::string_view option);
+
+    Features(const Values &values, Exchange &exchange, Worker &worker);
+    Features(const Features &) = delete;
+    Features &operator=(const Features &) = delete;
+
+    /// For `instantiate`; ends with null.
+    const LV2_Feature *const *forInstance() const { return instanceList_.data(); }
+    /// For saving and restoring state; ends with null.
+    const LV2_Feature *const *forState() const { return stateList_.data(); }
+
+    /// The context's name as a one-entry list of options, to be handed to a
+    /// plug-in that runs already. Ends with a zero entry.
+    const LV2_Options_Option *setContextName(std::optional<std::string> name);
+
+private:
+    LV2_Options_Option contextOption() const;
+    void fillOptions();
+    void fillLists();
+
+    float sampleRate_;
+    std::int32_t minimumFrames_ = 1;
+    std::int32_t maximumFrames_;
+    std::int32_t sequenceSize_;
+    std::string contextName_;
+    std::array<LV2_Options_Option, 7> options_{};
+    std::array<LV2_Options_Option, 2> contextOptions_{};
+
+    LV2_Feature map_;
+    LV2_Feature unmap_;
+    LV2_Feature optionsFeature_;
+    LV2_Feature log_;
+    LV2_Feature schedule_;
+    LV2_Feature scheduleInRestore_;
+    LV2_Feature makePath_;
+    LV2_Feature mapPath_;
+    LV2_Feature freePath_;
+    std::array<const LV2_Feature *, 13> instanceList_{};
+    std::array<const LV2_Feature *, 10> stateList_{};
+};
+
+} // namespace platform::lv2

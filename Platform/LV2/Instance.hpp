@@ -1,0 +1,96 @@
+#pragma once
+
+#include "Platform/Foundation/Realtime.hpp"
+#include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/Features.hpp"
+#include "Platform/LV2/Plugin.hpp"
+#include "Platform/LV2/PortBuffers.hpp"
+#include "Platform/LV2/RunGate.hpp"
+#include "Platform/LV2/State.hpp"
+#include "Platform/LV2/Worker.hpp"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace platform::lv2
+{
+
+/// A plug-in that runs at one sample rate. `run` belongs to one audio thread;
+/// everything else is called one at a time by other threads, and may be called
+/// while `run` runs unless said otherwise.
+class Instance
+{
+public:
+    struct Settings {
+        double sampleRate = 48000.0;
+        std::uint32_t maximumFrames = 1024;
+        /// Rendering is not bound to time, and work is done in place.
+        bool isOffline = false;
+        std::optional<std::string> contextName;
+    };
+
+    /// Makes and activates an instance, in the state `restored` or else in its
+    /// default one. A `PlatformError` when the plug-in needs what is not offered
+    /// here, does not load or refuses. Plug-in and exchange outlive it.
+    Instance(Plugin &plugin, Exchange &exchange, const Settings &settings,
+             const State *restored = nullptr);
+    /// Ends its worker, deactivates and frees it.
+    ~Instance();
+    Instance(const Instance &) = delete;
+    Instance &operator=(const Instance &) = delete;
+
+    /// Runs one block through the main audio ports, one pointer each; inputs are
+    /// never outputs. `sampleTime` counts frames since rendering began. Answers
+    /// false, with the output undefined, while a control operation holds the
+    /// plug-in, and for more frames than were agreed.
+    REALTIME bool run(const float *const *inputs, float *const *outputs, std::uint32_t frames,
+                      std::int64_t sampleTime) noexcept;
+
+    const Settings &settings() const { return settings_; }
+
+    /// What the plug-in reports, in frames. Any thread.
+    double latency() const { return latency_.load(std::memory_order_relaxed); }
+
+    /// The settings as they are. Values that the plug-in fails to save are told of
+    /// on standard error.
+    State save();
+    /// Brings the plug-in into the state of a preset, or its default one by the
+    /// plug-in's own URI. Answers false when there is no such state.
+    bool loadState(const std::string &uri);
+
+    /// Sets a control input by its symbol.
+    void setControl(const std::string &symbol, float value) { buffers_.setControl(symbol, value); }
+    std::map<std::string, float> controls() const { return buffers_.controls(); }
+
+    /// Tells the plug-in through its options, if it listens to them.
+    void setContextName(const std::optional<std::string> &name);
+
+    /// Changes between rendering live and offline. Not while `run` may run.
+    void setOffline(bool offline);
+
+private:
+    template <typename Interface>
+    const Interface *extension(const char *uri) const;
+    void attachWorker();
+    void restore(const State &state);
+    void holdForRestore(const std::function<void()> &operation);
+    void holdAlways(const std::function<void()> &operation);
+    REALTIME void runOpen(std::uint32_t frames, std::int64_t sampleTime) noexcept;
+    REALTIME void collectMidi(std::int64_t sampleTime) noexcept;
+
+    Plugin &plugin_;
+    Exchange &exchange_;
+    Settings settings_;
+    PortBuffers buffers_;
+    Worker worker_;
+    Features features_;
+    RunGate gate_;
+    InstancePointer instance_;
+    bool restoresWhileRunning_;
+    std::atomic<float> latency_{0.0F};
+};
+
+} // namespace platform::lv2

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Platform/Foundation/Realtime.hpp"
+#include "Platform/LV2/MessageRing.hpp"
+
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace platform::lv2
+{
+
+/// MIDI that a plug-in emitted, on its way from the audio callback to the thread
+/// that hands it on.
+class MidiOutput
+{
+public:
+    struct Event {
+        /// Frames since rendering began.
+        std::int64_t sampleTime;
+        /// Which of the plug-in's MIDI outputs, from 0.
+        std::uint8_t output;
+        std::span<const std::uint8_t> bytes;
+    };
+
+    MidiOutput();
+
+    /// On the audio callback. An event for which there is no room is counted as lost.
+    REALTIME void push(const Event &event) noexcept;
+
+    /// The next event, valid until the next call. One thread at a time.
+    std::optional<Event> pop();
+
+    /// How many events were lost since the last call. Any thread.
+    std::uint64_t takeLostCount() { return lost_.exchange(0, std::memory_order_relaxed); }
+
+private:
+    MessageRing ring_;
+    std::atomic<std::uint64_t> lost_{0};
+};
+
+} // namespace platform::lv2

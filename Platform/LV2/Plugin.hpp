@@ -1,0 +1,67 @@
+#pragma once
+
+#include "Platform/LV2/Lilv.hpp"
+#include "Platform/LV2/Port.hpp"
+
+#include <lv2/core/lv2.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace platform::lv2
+{
+
+/// The data of one plug-in, and the way to instances of it. One thread at a time.
+class Plugin
+{
+public:
+    struct Preset {
+        std::string uri;
+        std::string label;
+    };
+
+    /// Reads the data of the plug-in `uri` from the bundles at these paths: its
+    /// own, and any that hold presets for it. A `PlatformError` when none
+    /// describes it or the data makes no sense.
+    Plugin(const std::string &uri, const std::vector<std::string> &bundles);
+
+    const std::string &uri() const { return uri_; }
+    const std::string &name() const { return name_; }
+    const std::vector<Port> &ports() const { return ports_; }
+
+    bool hasFeature(const char *feature) const;
+
+    /// Throws a `PlatformError` that says what the plug-in needs and this host
+    /// does not offer. Decided from data alone.
+    void requireServable() const;
+
+    /// Presets in the order of their URIs, which is the same from run to run.
+    /// Loads what describes them at the first call.
+    const std::vector<Preset> &presets();
+    /// The settings of a preset, or of the plug-in's default state by its own
+    /// URI. None where there are none.
+    StatePointer loadState(const std::string &uri);
+
+    /// A new instance; `features` ends with null. A `PlatformError` when the
+    /// binary does not load or the plug-in refuses.
+    InstancePointer instantiate(double sampleRate, const LV2_Feature *const *features) const;
+
+private:
+    NodePointer node(const char *uri) const;
+    std::vector<std::string> strings(const NodesPointer &nodes) const;
+    void readPorts();
+    Port readPort(const LilvPort *port) const;
+    bool isSideChain(const LilvPort *port, bool isInput) const;
+    std::shared_ptr<void> openBinary() const;
+
+    WorldPointer world_;
+    const LilvPlugin *plugin_ = nullptr;
+    std::string uri_;
+    std::string name_;
+    std::vector<Port> ports_;
+    std::vector<Preset> presets_;
+    bool presetsAreLoaded_ = false;
+};
+
+} // namespace platform::lv2

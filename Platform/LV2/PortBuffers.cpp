@@ -1,0 +1,157 @@
+#include "Platform/LV2/PortBuffers.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+namespace platform::lv2
+{
+
+namespace
+{
+
+// A block's worth of dense MIDI and some long system exclusives.
+constexpr std::uint32_t usualSequenceSize = 32768;
+
+} // namespace
+
+PortBuffers::PortBuffers(const std::vector<Port> &ports, double sampleRate,
+                         std::uint32_t maximumFrames)
+    : ports_(ports), owned_(ports.size(), nullptr), silence_(maximumFrames, 0.0F),
+      nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F), wanted_(ports.size())
+{
+    for (const Port &port : ports_) {
+        switch (port.kind) {
+        case PortKind::audio:
+        case PortKind::cv:
+            addAudio(port);
+            break;
+        case PortKind::control:
+            addControl(port, sampleRate);
+            break;
+        case PortKind::atom:
+            addEvents(port);
+            break;
+        case PortKind::unknown:
+            break;
+        }
+    }
+}
+
+void PortBuffers::addAudio(const Port &port)
+{
+    if (port.kind == PortKind::audio && !port.isSideChain)
+        (port.isInput ? inputs_ : outputs_).push_back({port.index, nullptr});
+    else if (port.isOptional)
+        return;
+    else if (port.isInput)
+        owned_[port.index] = silence_.data();
+    else
+        owned_[port.index] = discarded_.emplace_back(silence_.size(), 0.0F).data();
+}
+
+void PortBuffers::addControl(const Port &port, double sampleRate)
+{
+    const float scale = port.isScaledBySampleRate ? static_cast<float>(sampleRate) : 1.0F;
+    values_[port.index] = port.isInput ? port.defaultValue * scale : 0.0F;
+    wanted_[port.index].store(values_[port.index], std::memory_order_relaxed);
+    owned_[port.index] = &values_[port.index];
+    if (port.isLatency && !port.isInput)
+        latency_ = &values_[port.index];
+}
+
+void PortBuffers::addEvents(const Port &port)
+{
+    auto buffer = std::make_unique<EventBuffer>(std::max(port.minimumSize, usualSequenceSize));
+    owned_[port.index] = buffer->sequence();
+    if (port.isInput) {
+        // The port that the plug-in names for control wins over the first.
+        if (port.hasMidi && (!midiInput_ || port.isControlDesignation))
+            midiInput_ = buffer.get();
+        eventInputs_.push_back(std::move(buffer));
+    } else {
+        if (port.hasMidi)
+            midiOutputs_.push_back(buffer.get());
+        eventOutputs_.push_back(std::move(buffer));
+    }
+}
+
+std::uint32_t PortBuffers::sequenceSize() const
+{
+    std::uint32_t size = usualSequenceSize;
+    for (const Port &port : ports_)
+        size = std::max(size, port.minimumSize);
+    return size;
+}
+
+void PortBuffers::connect(LilvInstance *instance)
+{
+    for (const Port &port : ports_)
+        lilv_instance_connect_port(instance, port.index, owned_[port.index]);
+    for (const Connection &input : inputs_)
+        lilv_instance_connect_port(instance, input.index, silence_.data());
+    for (const Connection &output : outputs_)
+        lilv_instance_connect_port(instance, output.index, nowhere_.data());
+}
+
+void PortBuffers::connectAudio(LilvInstance *instance, const float *const *inputs,
+                               float *const *outputs) noexcept
+{
+    for (std::size_t i = 0; i < inputs_.size(); ++i) {
+        if (inputs_[i].buffer == inputs[i])
+            continue;
+        inputs_[i].buffer = inputs[i];
+        lilv_instance_connect_port(instance, inputs_[i].index, const_cast<float *>(inputs[i]));
+    }
+    for (std::size_t i = 0; i < outputs_.size(); ++i) {
+        if (outputs_[i].buffer == outputs[i])
+            continue;
+        outputs_[i].buffer = outputs[i];
+        lilv_instance_connect_port(instance, outputs_[i].index, outputs[i]);
+    }
+}
+
+void PortBuffers::prepareRun() noexcept
+{
+    for (const auto &buffer : eventInputs_)
+        buffer->clear();
+    for (const auto &buffer : eventOutputs_)
+        buffer->offerChunk();
+    if (!controlsChanged_.load(std::memory_order_relaxed) ||
+        !controlsChanged_.exchange(false, std::memory_order_acquire))
+        return;
+    for (const Port &port : ports_)
+        if (port.kind == PortKind::control && port.isInput)
+            values_[port.index] = wanted_[port.index].load(std::memory_order_relaxed);
+}
+
+void PortBuffers::storeControl(std::uint32_t index, float value)
+{
+    wanted_[index].store(value, std::memory_order_relaxed);
+    controlsChanged_.store(true, std::memory_order_release);
+}
+
+void PortBuffers::setControl(const std::string &symbol, float value)
+{
+    for (const Port &port : ports_)
+        if (port.kind == PortKind::control && port.isInput && port.symbol == symbol &&
+            std::isfinite(value))
+            storeControl(port.index, value);
+}
+
+std::map<std::string, float> PortBuffers::controls() const
+{
+    std::map<std::string, float> result;
+    for (const Port &port : ports_)
+        if (port.kind == PortKind::control && port.isInput && !port.isFreeWheeling)
+            result.emplace(port.symbol, wanted_[port.index].load(std::memory_order_relaxed));
+    return result;
+}
+
+void PortBuffers::setFreeWheeling(bool freeWheeling)
+{
+    for (const Port &port : ports_)
+        if (port.kind == PortKind::control && port.isInput && port.isFreeWheeling)
+            storeControl(port.index, freeWheeling ? 1.0F : 0.0F);
+}
+
+} // namespace platform::lv2

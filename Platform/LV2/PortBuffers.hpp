@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Platform/Foundation/Realtime.hpp"
+#include "Platform/LV2/EventBuffer.hpp"
+#include "Platform/LV2/Port.hpp"
+
+#include <lilv/lilv.h>
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace platform::lv2
+{
+
+/// What the ports of one instance are connected to: the caller's buffers for the
+/// main audio, memory of its own for everything else.
+class PortBuffers
+{
+public:
+    PortBuffers(const std::vector<Port> &ports, double sampleRate, std::uint32_t maximumFrames);
+    PortBuffers(const PortBuffers &) = delete;
+    PortBuffers &operator=(const PortBuffers &) = delete;
+
+    /// The largest buffer of an atom port, in bytes.
+    std::uint32_t sequenceSize() const;
+
+    /// Connects every port, the main audio for a run of no frames.
+    void connect(LilvInstance *instance);
+    /// Connects the main audio, one pointer a port.
+    REALTIME void connectAudio(LilvInstance *instance, const float *const *inputs,
+                               float *const *outputs) noexcept;
+
+    /// Brings events and control values into the state they have before a run.
+    REALTIME void prepareRun() noexcept;
+
+    /// Where MIDI goes in; null where the plug-in takes none.
+    EventBuffer *midiInput() { return midiInput_; }
+    /// The MIDI outputs in the order of their ports.
+    const std::vector<EventBuffer *> &midiOutputs() { return midiOutputs_; }
+
+    /// Sets a control input for the next run; unknown symbols and values that are
+    /// no number are passed over. Any thread.
+    void setControl(const std::string &symbol, float value);
+    /// The values of the control inputs by symbol. Any thread.
+    std::map<std::string, float> controls() const;
+    /// Tells the plug-in by its port for it that time does not count. Any thread.
+    void setFreeWheeling(bool freeWheeling);
+
+    /// What the plug-in last reported, in frames; 0 without such a port.
+    REALTIME float latency() const noexcept { return latency_ ? *latency_ : 0.0F; }
+
+private:
+    struct Connection {
+        std::uint32_t index;
+        const float *buffer;
+    };
+
+    void addAudio(const Port &port);
+    void addControl(const Port &port, double sampleRate);
+    void addEvents(const Port &port);
+    void storeControl(std::uint32_t index, float value);
+
+    const std::vector<Port> ports_;
+    // The main audio ports and what each was last connected to.
+    std::vector<Connection> inputs_;
+    std::vector<Connection> outputs_;
+    // By port; null where the main audio or nothing is connected.
+    std::vector<void *> owned_;
+
+    std::vector<float> silence_;
+    std::vector<float> nowhere_;
+    std::vector<std::vector<float>> discarded_;
+
+    // `values_` belongs to the callback; others leave theirs in `wanted_`.
+    std::vector<float> values_;
+    std::vector<std::atomic<float>> wanted_;
+    std::atomic<bool> controlsChanged_{false};
+    const float *latency_ = nullptr;
+
+    std::vector<std::unique_ptr<EventBuffer>> eventInputs_;
+    std::vector<std::unique_ptr<EventBuffer>> eventOutputs_;
+    EventBuffer *midiInput_ = nullptr;
+    std::vector<EventBuffer *> midiOutputs_;
+};
+
+} // namespace platform::lv2

@@ -1,0 +1,22 @@
+#include "Platform/LV2/RunGate.hpp"
+
+#include <chrono>
+#include <thread>
+
+namespace platform::lv2
+{
+
+RunGate::Closure::Closure(RunGate &gate) : gate_(gate)
+{
+    gate_.closed_.store(true);
+    // The callback signals nobody; a block is over within milliseconds.
+    while (gate_.inside_.load())
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+}
+
+RunGate::Closure::~Closure()
+{
+    gate_.closed_.store(false);
+}
+
+} // namespace platform::lv2

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Platform/Foundation/Realtime.hpp"
+
+#include <atomic>
+
+namespace platform::lv2
+{
+
+/// Keeps the audio callback out of a plug-in while a control operation has it.
+/// The callback never waits: at a closed gate it turns back.
+class RunGate
+{
+public:
+    /// On the audio callback: whether the plug-in may be run now. When it may,
+    /// `leave` must follow.
+    REALTIME bool enter() noexcept
+    {
+        inside_.store(true);
+        if (!closed_.load())
+            return true;
+        leave();
+        return false;
+    }
+    REALTIME void leave() noexcept { inside_.store(false); }
+
+    /// Closes the gate for its lifetime; made, the callback is outside. One at a
+    /// time, never on the audio callback.
+    class Closure
+    {
+    public:
+        explicit Closure(RunGate &gate);
+        ~Closure();
+        Closure(const Closure &) = delete;
+        Closure &operator=(const Closure &) = delete;
+
+    private:
+        RunGate &gate_;
+    };
+
+private:
+    // Both with the sequentially consistent order: of a callback that enters and
+    // a closer, at least one sees the other.
+    std::atomic<bool> inside_{false};
+    std::atomic<bool> closed_{false};
+};
+
+} // namespace platform::lv2

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <lv2/state/state.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace platform::lv2
+{
+
+/// A plug-in's settings at one moment, enough to bring another instance of it to
+/// the same: what it stored itself and the values of its control inputs.
+struct State {
+    struct Property {
+        std::string type;
+        std::uint32_t flags = 0;
+        std::vector<std::byte> value;
+    };
+
+    /// By the key's URI.
+    std::map<std::string, Property> properties;
+    /// By the port's symbol.
+    std::map<std::string, float> controls;
+};
+
+/// LV2's store function on a `State *`. Only values that can be copied are taken.
+LV2_State_Status storeProperty(LV2_State_Handle state, std::uint32_t key, const void *value,
+                               std::size_t size, std::uint32_t type, std::uint32_t flags);
+
+/// LV2's retrieve function on a `const State *`.
+const void *retrieveProperty(LV2_State_Handle state, std::uint32_t key, std::size_t *size,
+                             std::uint32_t *type, std::uint32_t *flags);
+
+} // namespace platform::lv2

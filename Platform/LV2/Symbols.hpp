@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Platform/LV2/SymbolTable.hpp"
+
+namespace platform::lv2
+{
+
+/// Numbers that the host itself uses, looked up once.
+struct Symbols {
+    LV2_URID atomChunk;
+    LV2_URID atomDouble;
+    LV2_URID atomFloat;
+    LV2_URID atomInt;
+    LV2_URID atomBool;
+    LV2_URID atomLong;
+    LV2_URID atomPath;
+    LV2_URID atomSequence;
+    LV2_URID atomString;
+    LV2_URID midiEvent;
+    LV2_URID logTrace;
+
+    /// Any thread. The first call must not be on the audio callback.
+    static const Symbols &shared();
+};
+
+} // namespace platform::lv2

@@ -1,0 +1,67 @@
+#include "Platform/Audio/SampleRing.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+using platform::audio::SampleRing;
+
+TEST(SampleRing, TakesWhatFitsAndGivesWhatIsThere)
+{
+    SampleRing ring(AVAudioFormat(48000, 2), 4);
+    const std::array<float, 6> left{0, 1, 2, 3, 4, 5};
+    const std::array<float, 6> right{10, 11, 12, 13, 14, 15};
+    const std::array<const float *, 2> in{left.data(), right.data()};
+    EXPECT_EQ(ring.write(in.data(), 1, 5), 4U);
+    EXPECT_EQ(ring.space(), 0U);
+    EXPECT_EQ(ring.available(), 4U);
+
+    std::array<float, 8> outLeft{};
+    std::array<float, 8> outRight{};
+    const std::array<float *, 2> out{outLeft.data(), outRight.data()};
+    EXPECT_EQ(ring.read(out.data(), 8), 4U);
+    EXPECT_EQ(outLeft, (std::array<float, 8>{1, 2, 3, 4}));
+    EXPECT_EQ(outRight, (std::array<float, 8>{11, 12, 13, 14}));
+    EXPECT_EQ(ring.read(out.data(), 8), 0U);
+}
+
+TEST(SampleRing, KeepsOrderAndChannelsTogetherBetweenTwoThreads)
+{
+    constexpr std::uint32_t total = 200000;
+    SampleRing ring(AVAudioFormat(48000, 2), 100);
+    std::thread writer([&ring] {
+        std::array<float, 17> left{};
+        std::array<float, 17> right{};
+        const std::array<const float *, 2> in{left.data(), right.data()};
+        for (std::uint32_t next = 0; next < total;) {
+            for (std::uint32_t index = 0; index < 17; ++index) {
+                left[index] = static_cast<float>(next + index);
+                right[index] = -left[index];
+            }
+            next += ring.write(in.data(), 0, std::min(17U, total - next));
+            if (ring.space() == 0)
+                std::this_thread::yield();
+        }
+    });
+    std::array<float, 13> left{};
+    std::array<float, 13> right{};
+    const std::array<float *, 2> out{left.data(), right.data()};
+    std::uint32_t wrong = 0;
+    for (std::uint32_t next = 0; next < total;) {
+        const std::uint32_t count = ring.read(out.data(), 13);
+        for (std::uint32_t index = 0; index < count; ++index, ++next)
+            if (left[index] != static_cast<float>(next) || right[index] != -left[index])
+                ++wrong;
+        if (count == 0)
+            std::this_thread::yield();
+    }
+    writer.join();
+    EXPECT_EQ(wrong, 0U);
+}
+
+} // namespace

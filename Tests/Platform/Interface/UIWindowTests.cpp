@@ -1,0 +1,128 @@
+#include "Platform/Foundation/RunLoop.hpp"
+#include "Platform/Interface/UIWindow.hpp"
+#include "Platform/Interface/Widget.hpp"
+#include "Tests/Platform/Interface/Recorder.hpp"
+
+#include <gtkmm/window.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using ::testing::ElementsAre;
+
+namespace
+{
+
+constexpr double patience = 20; // seconds
+
+std::shared_ptr<Recorder> makeController()
+{
+    const auto bundle = std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle"));
+    return std::make_shared<Recorder>("Recorder", bundle);
+}
+
+bool waitForAppearance(const Recorder &controller)
+{
+    return RunLoop::main().runUntil(
+        [&] { return !controller.calls.empty() && controller.calls.back() == "viewDidAppear"; },
+        patience);
+}
+
+} // namespace
+
+class UIWindowTest : public ::testing::Test
+{
+protected:
+    void showController()
+    {
+        window->setRootViewController(controller);
+        window->makeKeyAndVisible();
+        ASSERT_TRUE(waitForAppearance(*controller));
+    }
+
+    Gtk::Window &gtkWindow() const { return dynamic_cast<Gtk::Window &>(window->widget().get()); }
+    bool hasKeyboard(const UIView &view) const
+    {
+        return gtkWindow().get_focus() == &view.widget().get();
+    }
+
+    std::shared_ptr<UIWindow> window = UIWindow::create("Window", 320, 200);
+    std::shared_ptr<Recorder> controller = makeController();
+};
+
+TEST_F(UIWindowTest, TellsItsControllerOfTheViewsLifeInOrder)
+{
+    showController();
+    EXPECT_THAT(controller->calls, ElementsAre("viewDidLoad", "viewWillAppear",
+                                               "viewDidLayoutSubviews", "viewDidAppear"));
+}
+
+TEST_F(UIWindowTest, LoadsNothingBeforeItIsShown)
+{
+    window->setRootViewController(controller);
+    EXPECT_FALSE(controller->isViewLoaded());
+}
+
+TEST_F(UIWindowTest, ReplacesTheScreenWhileShown)
+{
+    showController();
+    const auto next = makeController();
+    window->setRootViewController(next);
+    ASSERT_TRUE(waitForAppearance(*next));
+    EXPECT_THAT(controller->calls,
+                ElementsAre("viewDidLoad", "viewWillAppear", "viewDidLayoutSubviews",
+                            "viewDidAppear", "viewWillDisappear", "viewDidDisappear"));
+    EXPECT_EQ(gtkWindow().get_child(), &next->view()->widget().get());
+}
+
+TEST_F(UIWindowTest, CallsItsHandlerWhenItIsClosed)
+{
+    int closed = 0;
+    window->setCloseHandler([&] { ++closed; });
+    showController();
+    gtkWindow().close();
+    ASSERT_TRUE(RunLoop::main().runUntil([&] { return closed > 0; }, patience));
+    EXPECT_EQ(closed, 1);
+}
+
+TEST_F(UIWindowTest, HidesAndShowsViews)
+{
+    showController();
+    controller->area->setHidden(true);
+    EXPECT_TRUE(controller->area->isHidden());
+    EXPECT_FALSE(controller->area->widget().get().is_visible());
+    controller->area->setHidden(false);
+    EXPECT_FALSE(controller->area->isHidden());
+}
+
+TEST_F(UIWindowTest, HandsTheKeyboardToTheViewShownInPlaceOfAHiddenOne)
+{
+    const auto other = controller->view()->subviews()[2];
+    showController();
+    other->setHidden(true);
+    other->widget().get().set_sensitive(true);
+    controller->second->widget().get().grab_focus();
+    ASSERT_TRUE(hasKeyboard(*controller->second));
+
+    controller->second->setHidden(true);
+    other->setHidden(false);
+    EXPECT_TRUE(hasKeyboard(*other));
+}
+
+TEST_F(UIWindowTest, LeavesTheKeyboardWhereItIsWhenAnotherViewIsShown)
+{
+    showController();
+    controller->first->widget().get().grab_focus();
+    controller->second->setHidden(true);
+    controller->second->setHidden(false);
+    EXPECT_TRUE(hasKeyboard(*controller->first));
+}
+
+TEST_F(UIWindowTest, CanGoWhileItsControllerStays)
+{
+    showController();
+    window.reset();
+    EXPECT_NE(controller->view(), nullptr);
+    controller->first->setHidden(true);
+    EXPECT_TRUE(controller->first->isHidden());
+}
