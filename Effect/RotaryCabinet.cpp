@@ -113,7 +113,8 @@ RotaryCabinet::RotaryCabinet(double sampleRate)
     const float horn = samplesOf(hornRadius, sampleRate);
     const float drum = samplesOf(drumRadius, sampleRate);
     radius_ = {horn, horn, drum, drum};
-    centre_ = FractionalDelay::minimum + horn;
+    // Half a sample of room, since a rounded cosine may lie beyond 1.
+    centre_ = FractionalDelay::minimum + 0.5F + horn;
     leftWall_ = centre_ + samplesOf(leftDetour, sampleRate);
     rightWall_ = centre_ + samplesOf(rightDetour, sampleRate);
     const float hornShare = onePole(hornBody, sampleRate);

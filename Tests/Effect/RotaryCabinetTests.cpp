@@ -393,8 +393,11 @@ TEST(RotaryCabinet, WorksAtEveryRate)
 {
     for (const double rate : {8000.0, 11025.0, 44100.0, 96000.0, 192000.0}) {
         RotaryCabinet cabinet(rate);
+        // At full depth and with both microphones in one place, paths are shortest and longest.
         CabinetSettings settings;
         settings.speed = 2;
+        settings.depth = 1;
+        settings.spread = 0;
         cabinet.setSettings(settings);
         cabinet.reset();
         Turns turns;
