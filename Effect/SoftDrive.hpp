@@ -14,13 +14,11 @@ namespace effect
 /// one sample to the next, (F(a) − F(b)) / (a − b) with F(x) = √(1 + x²): J. Parker,
 /// V. Zavalishin, E. Le Bivic, "Reducing the Aliasing of Nonlinear Waveshaping
 /// Using Continuous-Time Convolution", DAFx-16. For this f the quotient is
-/// (a + b) / (F(a) + F(b)), which no pair of samples makes 0 / 0.
+/// (a + b) / (F(a) + F(b)), which no pair of samples makes 0 / 0. The output is some
+/// sixteen frames late.
 class SoftDrive
 {
 public:
-    /// Frames by which the output is late, to the nearest.
-    static constexpr std::size_t delay = 16;
-
     SoftDrive();
 
     REALTIME void reset();
