@@ -21,7 +21,7 @@ FFmpegReader::FFmpegReader(const std::string &path)
       channelCount_(static_cast<std::uint32_t>(stream_->channelCount()))
 {
     const std::optional<std::int64_t> exact = stream_->exactLength();
-    const std::int64_t frameBytes = std::int64_t{channelCount_} * sizeof(float);
+    const auto frameBytes = static_cast<std::int64_t>(channelCount_ * sizeof(float));
     if (!exact || *exact <= mostCachedBytes / frameBytes)
         cache_.emplace(stream_->channelCount());
     if (exact)
