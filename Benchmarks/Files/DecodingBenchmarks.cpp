@@ -96,7 +96,7 @@ std::int64_t decodeBarely(const std::string &path, std::vector<std::vector<float
 void decodeMinuteBarely(benchmark::State &state)
 {
     std::vector<std::vector<float>> channels(2, std::vector<float>(framesAtOnce));
-    for (auto _ : state)
+    for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(decodeBarely(minute(), channels));
 }
 BENCHMARK(decodeMinuteBarely)->Unit(benchmark::kMillisecond);
@@ -113,7 +113,7 @@ void decodeMinuteThroughAVAudioFile(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(minute());
     AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         readToEnd(file, buffer);
     }
@@ -125,7 +125,7 @@ void playLoopFirst(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(loop());
     AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         readToEnd(file, buffer);
     }
@@ -138,7 +138,7 @@ void playLoopAgain(benchmark::State &state)
     AVAudioFile file(URL::fileURLWithPath(loop()));
     AVAudioPCMBuffer buffer(*file.processingFormat(), framesAtOnce);
     readToEnd(file, buffer);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         file.setFramePosition(0);
         readToEnd(file, buffer);
     }
@@ -150,7 +150,7 @@ void openAndReadFirstFrames(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(loop());
     AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         file.read(buffer, framesAtOnce);
     }
