@@ -247,15 +247,18 @@ void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units, bo
 
 void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
 {
+    const bool offline = manualFormat_.has_value();
     const auto known = units_.find(planned.unit);
     if (known != units_.end() && known->second.sampleRate == planned.sampleRate &&
-        known->second.maximumFrames == maximumFrames_)
+        known->second.maximumFrames == maximumFrames_ && known->second.offline == offline)
         return;
     // The callback must not be in the unit meanwhile.
     withdrawPlan();
     units_.erase(planned.unit);
+    planned.unit->setRenderingOffline(offline);
     planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
-    units_[planned.unit] = {planned.sampleRate, maximumFrames_, std::make_shared<RenderClock>()};
+    units_[planned.unit] = {planned.sampleRate, maximumFrames_, offline,
+                            std::make_shared<RenderClock>()};
 }
 
 void EngineCore::openDevice()
