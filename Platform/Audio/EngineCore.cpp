@@ -160,7 +160,8 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
             throw PlatformError("More frames than agreed were asked for");
     }
     // Without the mutex: what the wait is for may change the graph.
-    for (const RenderPlan::Player &player : *players_.load())
+    const std::shared_ptr<const Players> players = players_.load();
+    for (const RenderPlan::Player &player : *players)
         player.core->waitForFrames(player.framesPerBlock);
 
     const DenormalMode noDenormals;
