@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <thread>
 
@@ -260,6 +261,7 @@ TEST_F(AUEnginePlayerDeathTest, AMissingDemonstrationFileIsFatalBeforeItsLineIsP
     EXPECT_DEATH(
         {
             // What would come before the end is to be seen on standard error.
+            std::fflush(stdout); // the test program's own words
             dup2(STDERR_FILENO, STDOUT_FILENO);
             player->randomizeFile();
         },
