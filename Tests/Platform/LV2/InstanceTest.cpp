@@ -222,14 +222,16 @@ TEST(Instance, RunsInstalledPluginsWithEvents)
             return held.instance.run(in.constData(), out.data(), blockFrames, 0);
         };
         ASSERT_TRUE(runBlock()) << each.uri;
-        if (each.inputs == 1)
+        if (each.inputs == 1) {
             EXPECT_EQ(out[0], std::vector<float>(blockFrames, 0.0F)) << "the gate is closed";
+        }
 
         const std::array<std::uint8_t, 3> note{0x90, 60, 100};
         held.exchange.midiInput.push(128, note);
         ASSERT_TRUE(runBlock()) << each.uri;
-        if (each.inputs == 1)
+        if (each.inputs == 1) {
             EXPECT_EQ(out[0].back(), 0.25F) << "the gate is open";
+        }
         if (each.outputs == 0) {
             const auto first = held.exchange.midiOutput.pop();
             ASSERT_TRUE(first);
