@@ -7,7 +7,6 @@ import os
 import pathlib
 import queue
 import shutil
-import signal
 import subprocess
 import sys
 import tempfile
@@ -140,12 +139,16 @@ class Program:
             reader.join()
         while not self._arrived.empty():
             self.lines.append(self._arrived.get())
+        self.process.stdout.close()
+        self.process.stderr.close()
         return status
 
     def kill(self):
-        with contextlib.suppress(ProcessLookupError):
-            self.process.send_signal(signal.SIGKILL)
-        self.wait()
+        """Makes sure that the program is gone, however the test ended."""
+        if self.process.poll() is None:
+            self.process.kill()
+        if not self.process.stdout.closed:
+            self.wait()
 
     def button(self, name):
         """The visible button of that accessible name, once it is there."""
@@ -180,7 +183,7 @@ class Program:
                 if application and application.get_process_id() == self.process.pid:
                     return pyatspi.findDescendant(
                         application, lambda each: each.getRole() == pyatspi.ROLE_PUSH_BUTTON and
-                        each.name == name and each.getState().contains(pyatspi.STATE_SHOWING))
+                        each.name == name and each.getState().contains(pyatspi.STATE_VISIBLE))
         return None
 
 
