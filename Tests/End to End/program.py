@@ -48,10 +48,12 @@ class Installation:
         self.program = self.root / "bin" / "parvane-host"
         self.resources = self.root / "share" / "parvane-host"
         self.home = self.root / "home"
+        self.runtime = self.root / "run"
 
     def __enter__(self):
         self.program.parent.mkdir()
         self.home.mkdir()
+        self.runtime.mkdir(mode=0o700)
         shutil.copy2(self.build / "bin" / "parvane-host", self.program)
         modules = self.build / "lib" / "parvane-host"
         if modules.exists():
@@ -95,6 +97,8 @@ class Program:
                        if not name.startswith(("XDG_", "GTK_", "GDK_", "GSK_", "WAYLAND_"))}
         environment.update(
             HOME=str(installation.home),
+            # Without one GLib makes do with a folder in the home folder.
+            XDG_RUNTIME_DIR=str(installation.runtime),
             LV2_PATH=str(lv2_path),
             SDL_AUDIODRIVER="disk",
             SDL_DISKAUDIOFILE=str(installation.root / "recording.raw"),
