@@ -39,6 +39,8 @@ ApplicationRunner::ApplicationRunner(UIApplication &application, ApplicationProp
     RunLoop::main().setSourcePriority(GDK_PRIORITY_REDRAW + 1);
     g_set_prgname(properties_.identifier.c_str());
     g_set_application_name(properties_.name.c_str());
+    // Mesa would keep its shaders in the home folder; the program writes nothing.
+    g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE);
     gdk_set_allowed_backends(backends);
     if (!gtk_init_check())
         fatalError("There is no display to open a window on.");
