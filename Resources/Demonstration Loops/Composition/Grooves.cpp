@@ -42,10 +42,16 @@ void funk(Sketch &s)
                  {Drum::openHat, "......x.........|..............x."}},
                 4),
           0);
-    if (s.variant() % 4 >= 2) {
+    if (s.variant() % 4 == 1)
+        s.add(std::make_unique<ElectricPiano>(1.4), comp(s, "x.....x---....x-", 4, {52, 72, 4}), -4,
+              0.25);
+    if (s.variant() % 4 == 2) {
         Part &horns = s.add(std::make_unique<Synthesizer>(Synthesizer::brass),
-                            comp(s, "X..x..........X.|................", 4, {58, 77, 4}), -3, 0.25);
-        horns.room = 0.25;
+                            comp(s, "X..x..X---....X.|..X---..X.......", 4, {58, 77, 4}), 0, 0.25);
+        horns.room = 0.3;
+        s.add(std::make_unique<Wind>(Wind::saxophone), melody(s, "....x.xxx-......", 4, 65, 82), -1,
+              -0.1)
+            .room = 0.3;
     }
 }
 
