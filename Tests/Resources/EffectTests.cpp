@@ -37,9 +37,9 @@ struct Case {
     Effect effect;
 };
 
-void PrintTo(const Case &value, std::ostream *out)
+std::ostream &operator<<(std::ostream &out, const Case &value)
 {
-    *out << value.name;
+    return out << value.name;
 }
 
 class EffectTests : public testing::TestWithParam<Case>

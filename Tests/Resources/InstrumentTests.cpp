@@ -31,9 +31,9 @@ struct Case {
     double cents = 0.0; ///< how far off its pitch may be
 };
 
-void PrintTo(const Case &value, std::ostream *out)
+std::ostream &operator<<(std::ostream &out, const Case &value)
 {
-    *out << value.name;
+    return out << value.name;
 }
 
 template <typename T, typename Character>
