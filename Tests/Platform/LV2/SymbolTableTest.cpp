@@ -26,14 +26,6 @@ TEST(SymbolTable, TurnsNumbersBack)
     EXPECT_EQ(table.unmap(0xFFFFFFFFU), nullptr);
 }
 
-TEST(SymbolTable, FindsOnlyWhatIsKnown)
-{
-    SymbolTable table;
-    EXPECT_EQ(table.find("urn:a"), 0U);
-    table.map("urn:a");
-    EXPECT_EQ(table.find("urn:a"), 1U);
-}
-
 TEST(SymbolTable, AnswersZeroWhenFull)
 {
     SymbolTable table;

@@ -275,6 +275,8 @@ TEST_F(LocalAudioUnitTest, AnswersWithoutAViewOnTheMainThread)
 {
     const auto mono = unit("urn:test:mono");
     bool answered = false;
+    // Made where programs make it: GLib's own set-up is on the main thread then.
+    DispatchQueue::main();
     std::thread asker([&] {
         mono->requestViewController([&](const std::shared_ptr<AUViewController> &controller) {
             EXPECT_EQ(controller, nullptr);
