@@ -1,31 +1,14 @@
 #include "Effect/InterpolationTable.hpp"
 
+#include "Effect/KaiserWindow.hpp"
+
 #include <array>
-#include <cmath>
-#include <numbers>
 
 namespace effect
 {
 
 namespace
 {
-
-/// The modified Bessel function of the first kind and order zero, by its series.
-double besselI0(double x)
-{
-    double term = 1;
-    double sum = 1;
-    for (int k = 1; term > sum * 1e-16; ++k) {
-        term *= (x / 2.0 / k) * (x / 2.0 / k);
-        sum += term;
-    }
-    return sum;
-}
-
-double sinc(double x)
-{
-    return x == 0 ? 1 : std::sin(std::numbers::pi * x) / (std::numbers::pi * x);
-}
 
 /// Weighs between a flat top of the band and images well down.
 constexpr double kaiserBeta = 6.0;
@@ -38,10 +21,7 @@ std::array<double, InterpolationTable::fineTaps> fineWeights(double fraction)
     double sum = 0;
     for (std::size_t tap = 0; tap < weights.size(); ++tap) {
         const double distance = static_cast<double>(tap) - (half - fraction);
-        const double inside = 1.0 - (distance / half) * (distance / half);
-        weights[tap] = inside < 0 ? 0
-                                  : sinc(distance) * besselI0(kaiserBeta * std::sqrt(inside)) /
-                                        besselI0(kaiserBeta);
+        weights[tap] = windowedSinc(distance, half, kaiserBeta);
         sum += weights[tap];
     }
     for (double &weight : weights) {

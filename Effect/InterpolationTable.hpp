@@ -50,8 +50,8 @@ private:
     InterpolationTable();
 
     /// For each phase all weights, then how much each grows to the next phase.
-    std::array<Lanes, 4 * phases> fine_;
-    std::array<Lanes, 2 * phases> plain_;
+    std::array<Lanes, std::size_t{4} * phases> fine_;
+    std::array<Lanes, std::size_t{2} * phases> plain_;
 };
 
 } // namespace effect

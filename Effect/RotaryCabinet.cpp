@@ -71,6 +71,19 @@ float sineOf(double turns)
     return std::sin(static_cast<float>(turns * (2 * std::numbers::pi)));
 }
 
+/// For the steps of a frame, where the series' next terms are below a float's last bit.
+float smallCosineOf(double turns)
+{
+    const double angle = turns * (2 * std::numbers::pi);
+    return static_cast<float>(1 - angle * angle / 2);
+}
+
+float smallSineOf(double turns)
+{
+    const double angle = turns * (2 * std::numbers::pi);
+    return static_cast<float>(angle - angle * angle * angle / 6);
+}
+
 float samplesOf(double metres, double sampleRate)
 {
     return static_cast<float>(metres / RotaryCabinet::speedOfSound * sampleRate);
@@ -100,7 +113,8 @@ RotaryCabinet::RotaryCabinet(double sampleRate)
     const float horn = samplesOf(hornRadius, sampleRate);
     const float drum = samplesOf(drumRadius, sampleRate);
     radius_ = {horn, horn, drum, drum};
-    centre_ = FractionalDelay::minimum + horn;
+    // Half a sample of room, since a rounded cosine may lie beyond 1.
+    centre_ = FractionalDelay::minimum + 0.5F + horn;
     leftWall_ = centre_ + samplesOf(leftDetour, sampleRate);
     rightWall_ = centre_ + samplesOf(rightDetour, sampleRate);
     const float hornShare = onePole(hornBody, sampleRate);
@@ -251,8 +265,8 @@ void RotaryCabinet::radiate(const Tick &treble, const Tick &bass)
     const Lanes sign{1, -1, -1, 1};
     Lanes cosine = hornAndDrum(cosineOf(horn_.angle()), cosineOf(drum_.angle()));
     Lanes sine = sign * hornAndDrum(sineOf(horn_.angle()), sineOf(drum_.angle()));
-    const Lanes stepCosine = hornAndDrum(cosineOf(horn_.step()), cosineOf(drum_.step()));
-    const Lanes stepSine = sign * hornAndDrum(sineOf(horn_.step()), sineOf(drum_.step()));
+    const Lanes stepCosine = hornAndDrum(smallCosineOf(horn_.step()), smallCosineOf(drum_.step()));
+    const Lanes stepSine = sign * hornAndDrum(smallSineOf(horn_.step()), smallSineOf(drum_.step()));
 
     const Lanes radius = loadLanes(radius_.data());
     const Lanes bodyShare = loadLanes(bodyShare_.data());

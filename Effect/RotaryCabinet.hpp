@@ -53,8 +53,9 @@ public:
 /// treble more so than the rest, since small things beam high notes alone. The wall
 /// behind throws back what the horn sends away from the microphone. Model after
 /// J. Smith, S. Serafin, J. Abel, D. Berners, "Doppler Simulation and the Leslie",
-/// DAFx-02. The rotors' sound comes a tick and a few samples late, as it would
-/// through air; the input's own share is not delayed at all.
+/// DAFx-02. The rotors' sound comes
+/// late by a tick, the amplifier's filters and the way to the microphones, some 60
+/// frames at 48 kHz; the input's own share is not delayed at all.
 class RotaryCabinet
 {
 public:

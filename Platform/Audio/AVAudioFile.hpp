@@ -15,6 +15,10 @@ class AudioFileReader;
 /// An audio file open for reading, decoded frame by frame: AAC in an MP4
 /// container first, and whatever else FFmpeg decodes. Silence that the encoder
 /// added at either end is not part of it. One thread at a time.
+///
+/// What takes at most 16 MiB as samples (43 s of stereo at 48 kHz) stays in memory
+/// once it is decoded: reading it again is a copy, and no longer needs the file.
+/// Longer files are decoded each time and take 1 MB or so, however long they are.
 class AVAudioFile
 {
 public:
@@ -35,7 +39,8 @@ public:
 
     /// The frame that the next read begins with, 0 to `length`.
     std::int64_t framePosition() const;
-    /// Exact to the frame. Positions outside the file are brought to its ends.
+    /// Exact to the frame; costs nothing before the next read. Positions outside the file are
+    /// brought to its ends.
     void setFramePosition(std::int64_t frame);
 
     /// Fills `buffer` from its start with up to `frames` frames (at most its

@@ -160,7 +160,8 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
             throw PlatformError("More frames than agreed were asked for");
     }
     // Without the mutex: what the wait is for may change the graph.
-    for (const RenderPlan::Player &player : *players_.load())
+    const std::shared_ptr<const Players> players = players_.load();
+    for (const RenderPlan::Player &player : *players)
         player.core->waitForFrames(player.framesPerBlock);
 
     const DenormalMode noDenormals;
@@ -247,15 +248,18 @@ void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units, bo
 
 void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
 {
+    const bool offline = manualFormat_.has_value();
     const auto known = units_.find(planned.unit);
     if (known != units_.end() && known->second.sampleRate == planned.sampleRate &&
-        known->second.maximumFrames == maximumFrames_)
+        known->second.maximumFrames == maximumFrames_ && known->second.offline == offline)
         return;
     // The callback must not be in the unit meanwhile.
     withdrawPlan();
     units_.erase(planned.unit);
+    planned.unit->setRenderingOffline(offline);
     planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
-    units_[planned.unit] = {planned.sampleRate, maximumFrames_, std::make_shared<RenderClock>()};
+    units_[planned.unit] = {planned.sampleRate, maximumFrames_, offline,
+                            std::make_shared<RenderClock>()};
 }
 
 void EngineCore::openDevice()

@@ -60,6 +60,7 @@ private:
     struct UnitState {
         double sampleRate;
         std::uint32_t maximumFrames;
+        bool offline;
         std::shared_ptr<RenderClock> clock;
     };
     using Lock = std::unique_lock<std::mutex>;

@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 
 namespace platform::audio
 {
 namespace
 {
 
-constexpr std::int64_t mostCachedBytes = 16 * 1024 * 1024;
-constexpr std::chrono::seconds measuringTime(10);
+constexpr std::int64_t mostCachedBytes = 16'777'216;
+/// For what a file makes us decode without playing it.
+constexpr std::chrono::seconds skippingTime(10);
 
 } // namespace
 
@@ -21,7 +23,7 @@ FFmpegReader::FFmpegReader(const std::string &path)
       channelCount_(static_cast<std::uint32_t>(stream_->channelCount()))
 {
     const std::optional<std::int64_t> exact = stream_->exactLength();
-    const std::int64_t frameBytes = std::int64_t{channelCount_} * sizeof(float);
+    const auto frameBytes = static_cast<std::int64_t>(channelCount_ * sizeof(float));
     if (!exact || *exact <= mostCachedBytes / frameBytes)
         cache_.emplace(stream_->channelCount());
     if (exact)
@@ -40,17 +42,25 @@ void FFmpegReader::measure()
             return;
         }
     }
-    length_ = cache_->frames();
     cache_.reset();
 
-    const auto deadline = std::chrono::steady_clock::now() + measuringTime;
-    std::int64_t done = step;
-    while (done == step && std::chrono::steady_clock::now() < deadline) {
-        done = stream_->read(nullptr, 0, step);
-        length_ += done;
+    if (!skipTo(std::numeric_limits<std::int64_t>::max()))
+        length_ = stream_->position();
+    else
+        length_ = std::max(stream_->position(), stream_->approximateLength());
+}
+
+/// Decodes and drops what lies before `frame`. Answers false when the stream has
+/// ended before, true also when the time for it was too short.
+bool FFmpegReader::skipTo(std::int64_t frame)
+{
+    const auto deadline = std::chrono::steady_clock::now() + skippingTime;
+    while (stream_->position() < frame && std::chrono::steady_clock::now() < deadline) {
+        const std::int64_t step = std::min<std::int64_t>(frame - stream_->position(), sampleRate_);
+        if (stream_->read(nullptr, 0, step) < step)
+            return false;
     }
-    if (done == step)
-        length_ = std::max(length_, stream_->approximateLength());
+    return true;
 }
 
 void FFmpegReader::setFramePosition(std::int64_t frame) noexcept
@@ -100,16 +110,16 @@ std::int64_t FFmpegReader::readStream(float *const *channels, std::int64_t count
 /// Answers false when the frame to be read cannot be reached.
 bool FFmpegReader::bringStreamToPosition()
 {
-    if (stream_ && stream_->position() == position_)
-        return true;
-    const bool isJustAhead = stream_ && position_ > stream_->position() &&
-                             position_ - stream_->position() <= sampleRate_;
-    if (!isJustAhead) {
-        if (position_ > 0 && stream_ && stream_->seek(position_))
+    const bool isAhead = stream_ && position_ >= stream_->position();
+    const bool isNear = isAhead && position_ - stream_->position() <= sampleRate_;
+    if (!isNear && stream_ && position_ > 0 && stream_->canSeek()) {
+        if (stream_->seek(position_))
             return true;
         reopenStream();
+    } else if (!isAhead) {
+        reopenStream();
     }
-    stream_->read(nullptr, 0, position_ - stream_->position());
+    skipTo(position_);
     return stream_->position() == position_;
 }
 

@@ -37,6 +37,7 @@ public:
 
 private:
     void measure();
+    bool skipTo(std::int64_t frame);
     std::int64_t readCached(float *const *channels, std::int64_t count);
     std::int64_t readStream(float *const *channels, std::int64_t count);
     bool bringStreamToPosition();

@@ -92,6 +92,10 @@ bool isMP4(const AVInputFormat &format)
         throw PlatformError("The file is damaged or not an audio file");
     if (error == AVERROR(ENOMEM))
         throw std::bad_alloc();
+    if (error == AVERROR_EXIT)
+        throw PlatformError("Reading the file takes too long");
+    if (error == AVERROR_PATCHWELCOME)
+        throw PlatformError("The file uses a feature that is not supported");
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text = {};
     av_strerror(error, text.data(), text.size());
     throw PlatformError(text.data());
@@ -283,8 +287,6 @@ std::int64_t FFmpegStream::read(float *const *channels, std::size_t offset, std:
 
 bool FFmpegStream::seek(std::int64_t frame)
 {
-    if (!hasExactTimes())
-        return false;
     input_.allow(operationTime);
     // A block is counted from the stream's first on, priming included.
     const std::int64_t first = origin_ + primingFrames();
@@ -382,9 +384,9 @@ bool FFmpegStream::hasExactContainer() const
            isExactCodec(stream_->codecpar->codec_id);
 }
 
-/// Whether each tick of the stream's clock is a whole number of frames.
-bool FFmpegStream::hasExactTimes() const
+bool FFmpegStream::canSeek() const
 {
+    // Each tick of the stream's clock is a whole number of frames.
     const AVRational base = stream_->time_base;
     return (timing_ || hasExactContainer()) && base.den > 0 &&
            std::int64_t{sampleRate_} * base.num % base.den == 0;

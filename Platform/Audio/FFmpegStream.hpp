@@ -35,8 +35,10 @@ public:
     /// `channels` is null. Fewer at the end of the stream and where it is damaged.
     std::int64_t read(float *const *channels, std::size_t offset, std::int64_t count);
 
-    /// Goes to `frame` by the container's index and answers true. Answers false
-    /// where the container's times are not exact; then the position is undefined.
+    /// Whether the container's index leads exactly to a frame.
+    bool canSeek() const;
+    /// Goes to `frame` by that index. Answers false where the file's times prove
+    /// wrong; then the position is undefined.
     bool seek(std::int64_t frame);
 
 private:
@@ -54,7 +56,6 @@ private:
     std::int64_t primingFrames() const;
     std::int64_t framesFrom(std::int64_t time, AVRational base) const;
     bool hasExactContainer() const;
-    bool hasExactTimes() const;
     std::int64_t blockStart() const;
 
     static int readInput(void *self, std::uint8_t *bytes, int count) noexcept;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -29,7 +30,8 @@ constexpr int mostBoxes = 1'000'000;
 /// Boxes whose content is boxes, as far as FFmpeg looks for tables in them.
 constexpr std::array containers = {code("moov"), code("trak"), code("mdia"), code("minf"),
                                    code("stbl"), code("edts"), code("moof"), code("traf"),
-                                   code("dinf"), code("udta"), code("wave"), code("mvex")};
+                                   code("dinf"), code("udta"), code("wave"), code("mvex"),
+                                   code("ilst")};
 
 std::uint64_t bigEndian(const std::uint8_t *bytes, int count)
 {
@@ -61,6 +63,8 @@ std::optional<MP4Timing> MP4Layout::timing(std::uint32_t trackId) const
     const Track &track = *found;
     if (fragmented_ || movies_ != 1 || track.timescale < 1 || track.edits.size() > 1)
         return std::nullopt;
+    if (const auto gapless = gaplessTiming(track))
+        return gapless;
     if (track.edits.empty())
         return MP4Timing{0, track.duration, track.timescale};
 
@@ -83,8 +87,23 @@ std::optional<MP4Timing> MP4Layout::timing(std::uint32_t trackId) const
     return MP4Timing{edit.start, static_cast<std::int64_t>(exact + 0.5L), track.timescale};
 }
 
+/// The gapless information where the track's tables bear it out.
+std::optional<MP4Timing> MP4Layout::gaplessTiming(const Track &track) const
+{
+    if (!gapless_ || gapless_->frames < 1)
+        return std::nullopt;
+    const bool fits = gapless_->priming <= track.duration &&
+                      gapless_->frames <= track.duration - gapless_->priming;
+    const bool agrees = track.edits.empty() || track.edits.front().start == gapless_->priming;
+    if (!fits || !agrees)
+        return std::nullopt;
+    return MP4Timing{gapless_->priming, gapless_->frames, track.timescale};
+}
+
 void MP4Layout::walk(std::int64_t begin, std::int64_t end, int depth)
 {
+    if (depth > deepestBox)
+        throwDamaged();
     while (end - begin >= 8) {
         if (++boxes_ > mostBoxes)
             throwDamaged();
@@ -137,12 +156,15 @@ void MP4Layout::readBox(const Box &box, int depth)
         return readSizes(box);
     case code("trun"):
         return readRun(box);
+    case code("----"):
+        return readFreeForm(box);
+    case code("meta"):
+        // QuickTime has boxes at once, ISO has a version before them.
+        return walk(box.begin + (number(box.begin, 4) == 0 ? 4 : 0), box.end, depth + 1);
     default:
         break;
     }
     if (std::find(containers.begin(), containers.end(), box.type) != containers.end()) {
-        if (depth >= deepestBox)
-            throwDamaged();
         walk(box.begin, box.end, depth + 1);
     }
 }
@@ -230,6 +252,36 @@ void MP4Layout::readSizes(const Box &box)
 void MP4Layout::readRun(const Box &box)
 {
     claimSamples(static_cast<std::int64_t>(number(box.begin + 4, 4)));
+}
+
+/// Takes the priming and the count out of iTunSMPB, whose text is a row of
+/// hexadecimal numbers: zero, priming, padding, frames, and more zeros.
+void MP4Layout::readFreeForm(const Box &box)
+{
+    std::array<char, 512> bytes = {};
+    const std::size_t size =
+        std::min(bytes.size() - 1, static_cast<std::size_t>(box.end - box.begin));
+    const std::size_t count =
+        input_.readAt(box.begin, {reinterpret_cast<std::uint8_t *>(bytes.data()), size});
+    const std::string_view text(bytes.data(), count);
+    const std::size_t name = text.find("iTunSMPB");
+    const std::size_t data = text.find("data", name == text.npos ? count : name);
+    constexpr std::size_t typeAndLocale = 8;
+    if (data == text.npos || data + 4 + typeAndLocale >= count)
+        return;
+
+    const char *place = bytes.data() + data + 4 + typeAndLocale;
+    std::array<std::uint64_t, 4> numbers = {};
+    for (std::uint64_t &value : numbers) {
+        char *end = nullptr;
+        value = std::strtoull(place, &end, 16);
+        if (end == place)
+            return;
+        place = end;
+    }
+    constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+    if (numbers[1] <= most && numbers[3] <= most)
+        gapless_ = {static_cast<std::int64_t>(numbers[1]), static_cast<std::int64_t>(numbers[3])};
 }
 
 void MP4Layout::claimSamples(std::int64_t count)

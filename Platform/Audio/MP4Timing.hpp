@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -45,6 +44,11 @@ private:
         std::vector<Edit> edits;
         std::uint32_t id = 0;
     };
+    /// What iTunes writes beside, or instead of, an edit list.
+    struct GaplessInfo {
+        std::int64_t priming = 0;
+        std::int64_t frames = 0;
+    };
     struct Box {
         std::uint32_t type = 0;
         std::int64_t begin = 0;
@@ -60,6 +64,8 @@ private:
     void readTimes(const Box &box);
     void readSizes(const Box &box);
     void readRun(const Box &box);
+    void readFreeForm(const Box &box);
+    std::optional<MP4Timing> gaplessTiming(const Track &track) const;
     void claimSamples(std::int64_t count);
     std::uint64_t number(std::int64_t offset, int bytes) const;
 
@@ -71,6 +77,7 @@ private:
     int movies_ = 0;
     int boxes_ = 0;
     std::vector<Track> tracks_;
+    std::optional<GaplessInfo> gapless_;
 };
 
 } // namespace platform::audio

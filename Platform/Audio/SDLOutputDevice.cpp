@@ -51,7 +51,7 @@ void SDLOutputDevice::close()
 {
     if (device_ == 0)
         return;
-    SDL_CloseAudioDevice(device_); // waits for a callback under way
+    SDLAudioSubsystem::shared().closeDevice(device_);
     device_ = 0;
     source_ = nullptr;
     SDLAudioSubsystem::shared().release();

@@ -15,7 +15,7 @@ struct Head {
 };
 
 // A second of a MIDI cable's 3,125 bytes many times over.
-constexpr std::size_t ringSize = 128U * 1024U;
+constexpr std::size_t ringSize = 131072;
 
 } // namespace
 

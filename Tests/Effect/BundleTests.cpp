@@ -13,6 +13,7 @@
 #include <lv2/presets/presets.h>
 #include <lv2/urid/urid.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
@@ -82,7 +83,7 @@ public:
         auto *event = reinterpret_cast<LV2_Atom_Event *>(words.data());
         event->time.frames = frame;
         event->body = {static_cast<std::uint32_t>(bytes.size()), type};
-        std::memcpy(event + 1, bytes.data(), bytes.size());
+        std::copy(bytes.begin(), bytes.end(), reinterpret_cast<std::uint8_t *>(event + 1));
         ASSERT_NE(lv2_atom_sequence_append_event(get(), capacity(), event), nullptr);
     }
 

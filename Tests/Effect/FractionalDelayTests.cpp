@@ -74,7 +74,8 @@ TEST(FractionalDelay, PassesWholeDelaysUnchanged)
 
 TEST(FractionalDelay, ReadsFineBetweenSamplesUpToHighFrequencies)
 {
-    for (double delay = 20; delay < 21; delay += 0.0937) {
+    for (int step = 0; step < 11; ++step) {
+        const double delay = 20 + 0.0937 * step;
         EXPECT_LT(signals::decibels(worstError(1000, delay, Reader::fine)), -66) << delay;
         EXPECT_LT(signals::decibels(worstError(8000, delay, Reader::fine)), -60) << delay;
         EXPECT_LT(signals::decibels(worstError(12000, delay, Reader::fine)), -50) << delay;
@@ -83,7 +84,8 @@ TEST(FractionalDelay, ReadsFineBetweenSamplesUpToHighFrequencies)
 
 TEST(FractionalDelay, ReadsPlainBetweenSamplesOfLowFrequencies)
 {
-    for (double delay = 20; delay < 21; delay += 0.0937) {
+    for (int step = 0; step < 11; ++step) {
+        const double delay = 20 + 0.0937 * step;
         EXPECT_LT(signals::decibels(worstError(400, delay, Reader::plain)), -80) << delay;
         EXPECT_LT(signals::decibels(worstError(1600, delay, Reader::plain)), -65) << delay;
     }

@@ -36,7 +36,8 @@ TEST(SoftDrive, IsFlatWhenItDoesNotBend)
     std::vector<float> impulse(1600, 0);
     impulse[0] = 1;
     const std::vector<float> response = driven(impulse, 0.001F, 1000);
-    for (double frequency = 20; frequency < 10000; frequency *= 1.4) {
+    for (int step = 0; step < 19; ++step) {
+        const double frequency = 20 * std::pow(1.4, step);
         EXPECT_NEAR(signals::decibels(std::abs(signals::spectrumAt(response, frequency))), 0, 0.1)
             << frequency << " Hz";
     }
@@ -66,13 +67,10 @@ TEST(SoftDrive, FoldsHarmonicsDownFarBelowTheTone)
         return signals::decibels(std::abs(signals::spectrumAt(samples, frequency)) /
                                  std::abs(signals::spectrumAt(samples, 5000)));
     };
-    EXPECT_LT(folded(output, 13000), folded(bare, 13000) - 6);
-    EXPECT_LT(folded(output, 3000), folded(bare, 3000) - 20);
-    EXPECT_LT(folded(output, 13000), -43);
-    EXPECT_LT(folded(output, 3000), -55);
-    RecordProperty("bare13", std::to_string(folded(bare, 13000)));
-    RecordProperty("bare3", std::to_string(folded(bare, 3000)));
-    RecordProperty("out3", std::to_string(folded(output, 3000)));
+    for (const double frequency : {13000.0, 3000.0}) {
+        EXPECT_LT(folded(output, frequency), folded(bare, frequency) - 30);
+        EXPECT_LT(folded(output, frequency), -70);
+    }
 }
 
 TEST(SoftDrive, BoundsWhatIsFarTooLoud)
@@ -80,6 +78,6 @@ TEST(SoftDrive, BoundsWhatIsFarTooLoud)
     const std::vector<float> input = signals::noise(16000, 3, 64);
     const std::vector<float> output = driven(input, 8, 1);
     EXPECT_TRUE(signals::allFinite(output));
-    // ±1 through the brightening filter, whose impulse response sums to 7 in size.
-    EXPECT_LE(signals::largest(output), 7.0F);
+    // ±1 through filters that overshoot as far as the sizes of their weights add up.
+    EXPECT_LE(signals::largest(output), 2.0F);
 }

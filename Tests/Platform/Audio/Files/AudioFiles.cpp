@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 Bytes readBytes(const std::string &path)
 {
@@ -107,16 +108,13 @@ void AudioFiles::ffmpeg(const std::string &arguments) const
 void AudioFiles::encode(const std::string &name, int sampleRate, int channels, int frames,
                         const std::string &codec) const
 {
-    std::string sound;
-    for (int channel = 0; channel < channels; ++channel) {
-        const std::string number = std::to_string(channel);
-        sound += (channel > 0 ? "|" : "");
-        sound += "0.3*sin(2*PI*t*(220+90*" + number +
-                 "+40*sin(3*t)))+0.4*(random(0)-0.5)*exp(-12*mod(t+0.1*" + number + ",0.5))";
-    }
+    std::ostringstream sound;
+    for (int channel = 0; channel < channels; ++channel)
+        sound << (channel > 0 ? "|" : "") << "0.3*sin(2*PI*t*(220+90*" << channel
+              << "+40*sin(3*t)))+0.4*(random(0)-0.5)*exp(-12*mod(t+0.1*" << channel << ",0.5))";
     // The duration leaves room for the trim, which alone is exact to the frame.
     const double seconds = static_cast<double>(frames) / sampleRate + 0.1;
-    ffmpeg("-f lavfi -i \"aevalsrc=exprs='" + sound + "':s=" + std::to_string(sampleRate) +
+    ffmpeg("-f lavfi -i \"aevalsrc=exprs='" + sound.str() + "':s=" + std::to_string(sampleRate) +
            ":d=" + std::to_string(seconds) + "\" -af atrim=end_sample=" + std::to_string(frames) +
            " " + codec + " " + name);
 }

@@ -150,4 +150,54 @@ TEST_F(AudioFiles, CutsAnEditThatEndsBeforeTheMedia)
     EXPECT_TRUE(readAll(file) == part(decode("sound.m4a"), 0, 60'000, 2));
 }
 
+/// Adds what iTunes writes about priming and padding to the end of the tables,
+/// which are the end of the file.
+Bytes withGaplessInfo(Bytes bytes, const std::string &numbers)
+{
+    const auto box = [](std::string_view type, const std::string &content) {
+        Bytes size(4);
+        put32(size, 0, static_cast<std::uint32_t>(content.size() + 8));
+        return std::string(size.begin(), size.end()) + std::string(type) + content;
+    };
+    const std::string zeros(4, '\0');
+    const std::string info = box(
+        "udta",
+        box("meta", zeros + box("ilst", box("----", box("mean", zeros + "com.apple.iTunes") +
+                                                        box("name", zeros + "iTunSMPB") +
+                                                        box("data", zeros + zeros + numbers)))));
+    const std::size_t tables = find(bytes, "moov") - 4;
+    bytes.insert(bytes.end(), info.begin(), info.end());
+    put32(bytes, tables, static_cast<std::uint32_t>(bytes.size() - tables));
+    return bytes;
+}
+
+TEST_F(AudioFiles, ObeysITunesWhereThereIsNoEditList)
+{
+    // 88,200 frames (15888), led by 1,024 (400) and followed by 888 (378).
+    encode("sound.m4a", 44'100, 2, 88'200, "-c:a aac -use_editlist 0");
+    const Samples raw = decode("sound.m4a");
+    const Bytes bytes = readBytes(path("sound.m4a"));
+    writeBytes(path("itunes.m4a"),
+               withGaplessInfo(bytes, " 00000000 00000400 00000378 0000000000015888 00000000"));
+    AVAudioFile file(url("itunes.m4a"));
+    EXPECT_EQ(file.length(), 88'200);
+    EXPECT_TRUE(readAll(file) == part(raw, 1'024, 88'200, 2));
+
+    AVAudioFile plain(url("sound.m4a"));
+    EXPECT_EQ(plain.length(), 1'024 + 88'200);
+}
+
+TEST_F(AudioFiles, IgnoresGaplessNumbersThatCannotBe)
+{
+    encode("sound.m4a", 44'100, 1, 44'100, "-c:a aac");
+    const Bytes bytes = readBytes(path("sound.m4a"));
+    for (const char *numbers :
+         {"", " ", " 0 400 0", " 0 400 0 FFFFFFFFFFFFFFFF", " 0 400 0 0", " 0 FFFFFFFF 0 10",
+          " 0 7FFFFFFFFFFFFFFF 0 7FFFFFFFFFFFFFFF", " 0 401 0 10", " nothing to read"}) {
+        writeBytes(path("itunes.m4a"), withGaplessInfo(bytes, numbers));
+        AVAudioFile file(url("itunes.m4a"));
+        EXPECT_EQ(file.length(), 44'100) << numbers;
+    }
+}
+
 } // namespace

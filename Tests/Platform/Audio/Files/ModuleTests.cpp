@@ -26,6 +26,7 @@ TEST_F(AudioFiles, OpenOnManyThreadsFromTheFirstUseOn)
     encode("sound.m4a", 44'100, 1, 5'000, "-c:a aac");
     std::array<std::int64_t, 8> lengths = {};
     std::vector<std::thread> threads;
+    threads.reserve(lengths.size());
     for (std::int64_t &length : lengths)
         threads.emplace_back([this, &length] {
             AVAudioFile file(url("sound.m4a"));

@@ -7,8 +7,8 @@
 namespace
 {
 
-/// A minute of stereo is more than the reader keeps decoded, two seconds less.
-constexpr int longFrames = 60 * 44'100 + 123;
+/// 48 s of stereo are more than the reader keeps decoded, two seconds less.
+constexpr int longFrames = 48 * 44'100 + 123;
 constexpr int shortFrames = 2 * 44'100 + 123;
 
 TEST_F(AudioFiles, ReadsInPiecesOfAnySize)

@@ -1,0 +1,157 @@
+#include "Platform/Audio/AVAudioEngine.hpp"
+#include "Platform/Audio/AVAudioFile.hpp"
+#include "Platform/Audio/AVAudioPlayerNode.hpp"
+#include "Platform/Audio/AVAudioUnit.hpp"
+#include "Platform/Audio/OutputDevice.hpp"
+#include "Platform/Foundation/DispatchQueue.hpp"
+#include "Tests/Utilities/RealtimeProbe.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
+#include "Tests/Utilities/WaveFile.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <memory>
+#include <thread>
+
+namespace
+{
+
+using platform::audio::OutputDevice;
+using test::RealtimeProbe;
+
+// A device whose every block runs under the probe, on a thread of its own.
+class WatchedDevice : public OutputDevice
+{
+public:
+    struct Findings {
+        std::atomic<std::uint64_t> blocks{0};
+        std::atomic<std::uint64_t> allocations{0};
+        std::atomic<std::uint64_t> locks{0};
+        std::atomic<std::uint64_t> systemCalls{0};
+    };
+
+    explicit WatchedDevice(Findings &findings) : findings_(findings) {}
+    ~WatchedDevice() override { WatchedDevice::close(); }
+
+    Obtained open(const AVAudioFormat & /*wanted*/) override
+    {
+        return {AVAudioFormat(48000, 2), 256};
+    }
+
+    void run(Source &source) override
+    {
+        runs_ = true;
+        thread_ = std::thread([this, &source] { play(source); });
+    }
+
+    void close() override
+    {
+        runs_ = false;
+        if (thread_.joinable())
+            thread_.join();
+    }
+
+    bool isAlive() const override { return true; }
+
+private:
+    void play(Source &source)
+    {
+        std::vector<float> block(512);
+        while (runs_) {
+            RealtimeProbe::enter();
+            source.renderInterleaved(block.data(), 256, 2);
+            const RealtimeProbe::Counts counts = RealtimeProbe::leave();
+            ++findings_.blocks;
+            findings_.allocations += counts.allocations;
+            findings_.locks += counts.locks;
+            findings_.systemCalls += counts.systemCalls;
+            std::this_thread::sleep_for(std::chrono::microseconds(500));
+        }
+    }
+
+    Findings &findings_;
+    std::atomic<bool> runs_{false};
+    std::thread thread_;
+};
+
+std::shared_ptr<AVAudioUnit> standInEffect()
+{
+    setenv("LV2_PATH", PARVANE_LV2_DIR, 1);
+    std::promise<std::shared_ptr<AVAudioUnit>> promise;
+    AVAudioUnit::instantiate({0x61756D66, 0x7A767172, 0x51525658, 2, 0}, 0,
+                             [&promise](const std::shared_ptr<AVAudioUnit> &unit,
+                                        const std::exception_ptr &) { promise.set_value(unit); });
+    return promise.get_future().get();
+}
+
+TEST(RealtimeSafety, TheCallbackNeverAllocatesLocksOrEntersTheKernel)
+{
+    if (RealtimeProbe::obstacle() != nullptr)
+        GTEST_SKIP() << RealtimeProbe::obstacle();
+    WatchedDevice::Findings findings;
+    const test::TemporaryFolder folder;
+    AVAudioEngine engine(std::make_unique<WatchedDevice>(findings));
+    auto player = std::make_shared<AVAudioPlayerNode>();
+    const std::shared_ptr<AVAudioUnit> effect = standInEffect();
+    ASSERT_NE(effect, nullptr);
+    std::atomic<int> events{0};
+    effect->auAudioUnit()->setMIDIOutputEventBlock(
+        [&events](std::int64_t, std::uint8_t, std::int64_t, const std::uint8_t *) {
+            ++events;
+            return 0;
+        });
+
+    // Two files of different formats, looped in turn, so that converters work too.
+    const auto first = std::make_shared<AVAudioFile>(
+        test::writeWave(folder.path() / "first.wav", test::noise(2, 3000), 48000));
+    const auto second = std::make_shared<AVAudioFile>(
+        test::writeWave(folder.path() / "second.wav", test::noise(1, 2000), 44100));
+    DispatchQueue queue("example.qrvx.test.loop");
+    std::atomic<bool> loops{true};
+    std::atomic<int> turns{0};
+    std::function<void()> scheduleNext = [&] {
+        player->scheduleFile(turns % 2 == 0 ? first : second, [&] {
+            queue.async([&] {
+                ++turns;
+                if (loops)
+                    scheduleNext();
+            });
+        });
+    };
+    engine.connect(player, engine.mainMixerNode(), first->processingFormat());
+    engine.connect(engine.mainMixerNode(), engine.outputNode(), nullptr);
+    engine.start();
+    queue.sync(scheduleNext);
+    player->play();
+
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int changes = 0;
+    const auto enough = [&] { return changes >= 20 && turns > 60 && events > 3; };
+    while (!enough() && std::chrono::steady_clock::now() < end) {
+        const auto format = ++changes % 3 == 0 ? second->processingFormat() : nullptr;
+        engine.connect(player, effect, format);
+        engine.connect(effect, engine.mainMixerNode(), format);
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        player->pause();
+        engine.detach(effect);
+        engine.connect(player, engine.mainMixerNode(), first->processingFormat());
+        player->play();
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    loops = false;
+    player->stop();
+    engine.stop();
+    platform::foundation::waitUntilSerialQueuesAreIdle();
+    EXPECT_TRUE(enough()) << changes << " changes, " << turns << " turns, " << events << " events";
+    EXPECT_GT(findings.blocks, 1000U);
+    EXPECT_EQ(findings.allocations, 0U);
+    EXPECT_EQ(findings.locks, 0U);
+    EXPECT_EQ(findings.systemCalls, 0U);
+}
+
+} // namespace
