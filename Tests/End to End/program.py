@@ -85,14 +85,15 @@ class Installation:
         samples.frombytes(content[:len(content) // 4 * 4])
         return samples
 
-    def run(self, lv2_path):
-        return Program(self, lv2_path)
+    def run(self, lv2_path, **environment):
+        """Starts the program; a variable of the environment that is None is unset."""
+        return Program(self, lv2_path, environment)
 
 
 class Program:
     """The running program, its lines and its buttons."""
 
-    def __init__(self, installation, lv2_path):
+    def __init__(self, installation, lv2_path, changes):
         environment = {name: value for name, value in os.environ.items()
                        if not name.startswith(("XDG_", "GTK_", "GDK_", "GSK_", "WAYLAND_"))}
         environment.update(
@@ -103,6 +104,10 @@ class Program:
             SDL_AUDIODRIVER="disk",
             SDL_DISKAUDIOFILE=str(installation.root / "recording.raw"),
             GDK_BACKEND="x11")
+        for name, value in changes.items():
+            environment.pop(name, None)
+            if value is not None:
+                environment[name] = value
         self.process = subprocess.Popen([str(installation.program)], env=environment, text=True,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         self.lines = []
