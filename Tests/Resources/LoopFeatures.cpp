@@ -177,6 +177,7 @@ std::vector<std::vector<double>> distances(const std::vector<LoopFeatures> &set)
     const std::array<std::size_t, 5> groups = {0, bandCount, 2 * bandCount, 2 * bandCount + 12,
                                                2 * bandCount + 17};
     std::vector<std::vector<double>> lists;
+    lists.reserve(set.size());
     for (const LoopFeatures &features : set)
         lists.push_back(features.list());
     const auto count = static_cast<double>(set.size());
