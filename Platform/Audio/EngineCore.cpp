@@ -29,6 +29,10 @@ constexpr std::uint32_t mostFramesPerBlock = 8192;
 
 constexpr auto watchInterval = std::chrono::milliseconds(100);
 
+// Some drivers fall silent without a word when their server dies. A device that
+// lives asks every few milliseconds.
+constexpr auto deviceSilence = std::chrono::seconds(2);
+
 } // namespace
 
 EngineCore::EngineCore(std::unique_ptr<OutputDevice> device)
@@ -99,8 +103,7 @@ void EngineCore::start()
     running_ = true;
     if (manualFormat_)
         return;
-    deviceLost_ = false;
-    device_->run(*this);
+    runDevice();
     watch_ = std::thread([this] { watchDevice(); });
     pthread_setname_np(watch_.native_handle(), "audio watch");
 }
@@ -181,6 +184,7 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
 void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
                                    std::uint32_t channels) noexcept
 {
+    blocksBegun_.fetch_add(1, std::memory_order_relaxed);
     const DenormalMode noDenormals;
     RenderPlan *const plan = plan_.acquire();
     const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
@@ -192,6 +196,7 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
     }
     std::fill_n(samples, static_cast<std::size_t>(frames) * channels, 0.0F);
     plan_.release();
+    blocksDone_.fetch_add(1, std::memory_order_relaxed);
 }
 
 RenderPlanner EngineCore::planner() const
@@ -290,7 +295,7 @@ void EngineCore::watchOnce()
 {
     tellFaults();
     if (!deviceLost_) {
-        if (device_->isAlive())
+        if (deviceIsAlive())
             return;
         deviceLost_ = true;
         printError("The audio device has gone away; going on with the default device.");
@@ -302,8 +307,26 @@ void EngineCore::watchOnce()
         return; // tried again the next time
     }
     publish(false);
-    device_->run(*this);
+    runDevice();
+}
+
+void EngineCore::runDevice()
+{
     deviceLost_ = false;
+    lastBlockSeen_ = std::chrono::steady_clock::now();
+    device_->run(*this);
+}
+
+bool EngineCore::deviceIsAlive()
+{
+    const auto now = std::chrono::steady_clock::now();
+    const std::uint64_t begun = blocksBegun_.load();
+    // A block under way is an effect that takes its time, not a device that is gone.
+    if (begun != blocksSeen_ || begun != blocksDone_.load()) {
+        blocksSeen_ = begun;
+        lastBlockSeen_ = now;
+    }
+    return device_->isAlive() && now - lastBlockSeen_ < deviceSilence;
 }
 
 void EngineCore::tellFaults()

@@ -90,6 +90,7 @@ SDLAudioSubsystem::SDLAudioSubsystem()
 
 void SDLAudioSubsystem::shutDown()
 {
+    ended_ = true;
     const std::lock_guard lock(mutex_);
     for (const SDL_AudioDeviceID device : devices_)
         SDL_CloseAudioDevice(device);

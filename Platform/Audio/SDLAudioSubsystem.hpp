@@ -2,6 +2,7 @@
 
 #include <SDL2/SDL_audio.h>
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -32,11 +33,15 @@ public:
     /// Returns when the device's callback does not run any more.
     void closeDevice(SDL_AudioDeviceID device);
 
+    /// True once the process is ending and has given its devices back.
+    bool hasEnded() const { return ended_.load(); }
+
 private:
     SDLAudioSubsystem();
     bool initialise(const std::string &driver);
     void shutDown();
 
+    std::atomic<bool> ended_{false};
     std::mutex mutex_;
     int users_ = 0;
     std::string driver_; // in use; empty when down

@@ -59,7 +59,9 @@ void SDLOutputDevice::close()
 
 bool SDLOutputDevice::isAlive() const
 {
-    return device_ != 0 && SDL_GetAudioDeviceStatus(device_) != SDL_AUDIO_STOPPED;
+    // At the end of the process it is closed without the engine's doing.
+    return SDLAudioSubsystem::shared().hasEnded() ||
+           (device_ != 0 && SDL_GetAudioDeviceStatus(device_) != SDL_AUDIO_STOPPED);
 }
 
 void SDLOutputDevice::callback(void *userdata, Uint8 *stream, int bytes)
