@@ -1,7 +1,7 @@
 // A minute of audio through player, effect, main mixer and output, beside the sum
 // of the effect run by lilv alone and the file decoded by libavcodec alone.
 //
-// Usage: host_overhead_benchmark [ROUNDS]
+// Usage: host_overhead_benchmark [ROUNDS [PLUGIN]]
 
 #include "Benchmarks/Engine/BareDecoder.hpp"
 #include "Benchmarks/Engine/BareHost.hpp"
@@ -136,14 +136,16 @@ void printTable(const std::vector<Trial> &trials)
     fmt::print("\n");
 }
 
-void compare(int rounds)
+void compare(int rounds, const std::string &only)
 {
     const SoundFile file(seconds);
     const Channels input = decodedFrames(file.path(), stereo, frameCount);
     Channels scratch(stereo, std::vector<float>(4096));
 
     std::vector<Trial> trials;
-    for (const char *const plugin : plugins) {
+    for (const std::string plugin : plugins) {
+        if (!only.empty() && plugin != only)
+            continue;
         if (!isInstalled(plugin)) {
             fmt::print("{} is not installed and left out.\n", plugin);
             continue;
@@ -173,7 +175,7 @@ int main(int argc, char *argv[])
 {
     try {
         setPluginPath();
-        compare(argc > 1 ? std::stoi(argv[1]) : 9);
+        compare(argc > 1 ? std::stoi(argv[1]) : 9, argc > 2 ? argv[2] : "");
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());
         return 1;

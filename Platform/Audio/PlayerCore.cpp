@@ -130,10 +130,14 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
 
 void PlayerCore::waitForFrames(std::uint32_t frames)
 {
-    if (!playing_ || framesReady() >= std::max(frames, refillBelow_.load()))
+    const auto hasPlenty = [this, frames] {
+        return framesReady() >= std::max(frames, refillBelow_.load());
+    };
+    // Waking the feeder is dear, so it is left alone while it is at work.
+    if (!playing_ || hasPlenty() || (awake_ && framesReady() >= frames))
         return;
     Lock lock(mutex_);
-    for (;;) {
+    while (!hasPlenty()) {
         changed();
         if (framesReady() >= frames)
             return; // and the feeder goes on meanwhile
@@ -272,7 +276,7 @@ void PlayerCore::rest(Lock &lock)
 {
     awake_ = false;
     feederRests_.notify_all();
-    const auto woken = [this] { return awake_; };
+    const auto woken = [this] { return awake_.load(); };
     if (!playing_ || !feed_) {
         feederWakes_.wait(lock, woken);
         return;

@@ -88,7 +88,7 @@ private:
     bool headBegun_ = false;
     bool completing_ = false;
     bool drainWanted_ = false;
-    bool awake_ = true;
+    std::atomic<bool> awake_{true}; // changed under the mutex
     bool ends_ = false;
     std::uint64_t changes_ = 0; // counts what may give the feeder work
 
