@@ -128,16 +128,21 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
     return ahead;
 }
 
+bool PlayerCore::hasFrames(std::uint32_t frames) noexcept
+{
+    if (!playing_)
+        return true;
+    const std::uint32_t ready = framesReady();
+    // Waking the feeder is dear, so it is left alone while it is at work.
+    return ready >= frames && (ready >= refillBelow_ || awake_);
+}
+
 void PlayerCore::waitForFrames(std::uint32_t frames)
 {
-    const auto hasPlenty = [this, frames] {
-        return framesReady() >= std::max(frames, refillBelow_.load());
-    };
-    // Waking the feeder is dear, so it is left alone while it is at work.
-    if (!playing_ || hasPlenty() || (awake_ && framesReady() >= frames))
+    if (hasFrames(frames))
         return;
     Lock lock(mutex_);
-    while (!hasPlenty()) {
+    while (framesReady() < std::max(frames, refillBelow_.load())) {
         changed();
         if (framesReady() >= frames)
             return; // and the feeder goes on meanwhile

@@ -42,6 +42,10 @@ public:
     /// Frames read ahead in another format are converted, not lost.
     void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead);
 
+    /// Whether `frames` frames can be read, or none are to be had because it does
+    /// not play, with nothing to be set going first. On the thread that reads.
+    bool hasFrames(std::uint32_t frames) noexcept;
+
     /// For deterministic rendering: returns when `frames` frames can be read, or
     /// when nothing that is queued, completing or under way on a serial queue can
     /// bring more. On the thread that reads.
