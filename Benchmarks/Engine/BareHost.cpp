@@ -43,7 +43,12 @@ bool isA(const LilvPlugin *plugin, const LilvPort *port, const char *kind)
 
 } // namespace
 
-void setPluginPath()
+void useOwnPlugins()
+{
+    setenv("LV2_PATH", BENCHMARK_LV2_DIR, 1);
+}
+
+void useAllPlugins()
 {
     setenv("LV2_PATH",
            BENCHMARK_LV2_DIR ":" PARVANE_LV2_DIR

@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
-/// The LV2 path of the benchmarks: their own plug-ins, the stand-in effect, and
-/// the machine's. Before anything looks for plug-ins.
-void setPluginPath();
+/// Sets the LV2 path to the benchmarks' own plug-ins, or to those, the stand-in
+/// effect and the machine's. Before anything looks for plug-ins.
+void useOwnPlugins();
+void useAllPlugins();
 
 /// Whether the plug-in is installed.
 bool isInstalled(const std::string &pluginURI);

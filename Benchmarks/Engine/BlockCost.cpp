@@ -23,6 +23,8 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -119,13 +121,14 @@ void measureBurst(Contender &contender, const Channels &input, std::uint32_t blo
     std::array<const float *, stereo> channels{input[0].data(), input[1].data()};
     contender.render(channels.data());
     const std::uint32_t blocks = burstFrames / block - 1;
-    const StopWatch watch;
+    const auto start = std::chrono::steady_clock::now();
     for (std::uint32_t index = 0; index < blocks; ++index) {
         for (const float *&channel : channels)
             channel += block;
         contender.render(channels.data());
     }
-    contender.secondsPerBlock.push_back(watch.elapsed().wall / blocks);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    contender.secondsPerBlock.push_back(elapsed.count() / blocks);
 }
 
 double nanoseconds(const Contender &contender)
@@ -200,7 +203,7 @@ void compare(int bursts)
 int main(int argc, char *argv[])
 {
     try {
-        setPluginPath();
+        useOwnPlugins();
         compare(argc > 1 ? std::stoi(argv[1]) : 2000);
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());

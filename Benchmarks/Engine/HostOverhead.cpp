@@ -174,7 +174,7 @@ void compare(int rounds, const std::string &only)
 int main(int argc, char *argv[])
 {
     try {
-        setPluginPath();
+        useAllPlugins();
         compare(argc > 1 ? std::stoi(argv[1]) : 9, argc > 2 ? argv[2] : "");
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());

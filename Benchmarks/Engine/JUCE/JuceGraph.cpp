@@ -17,6 +17,8 @@ std::unique_ptr<juce::AudioPluginInstance> load(const std::string &uri, double s
                                                 int framesPerBlock)
 {
     juce::LV2PluginFormat format;
+    const auto path = juce::SystemStats::getEnvironmentVariable("LV2_PATH", {});
+    format.searchPathsForPlugins(juce::FileSearchPath(path.replace(":", ";")), false, false);
     juce::OwnedArray<juce::PluginDescription> found;
     format.findAllTypesForFile(found, uri);
     if (found.isEmpty())
