@@ -24,9 +24,6 @@ namespace
 
 constexpr double secondsAhead = 0.1;
 
-// Without a clock to keep to, handing over between the threads is what costs.
-constexpr double secondsAheadOffline = 1.0;
-
 // A larger block of the device is rendered in parts, so this bounds memory alone.
 constexpr std::uint32_t mostFramesPerBlock = 8192;
 
@@ -209,8 +206,7 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
 
 RenderPlanner EngineCore::planner() const
 {
-    return {graph_, *output_, *output_->outputFormat(0), maximumFrames_,
-            manualFormat_ ? secondsAheadOffline : secondsAhead};
+    return {graph_, *output_, *output_->outputFormat(0), maximumFrames_, secondsAhead};
 }
 
 void EngineCore::graphChanged()

@@ -93,7 +93,6 @@ void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhea
     auto ring = std::make_unique<SampleRing>(format, framesAhead);
     if (ahead)
         ring->write(ahead->floatChannelData(), 0, ahead->frameLength());
-    refillBelow_ = ring->capacity() / 2;
     ring_.exchange(std::move(ring));
     changed();
 }
@@ -130,22 +129,23 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
 
 bool PlayerCore::hasFrames(std::uint32_t frames) noexcept
 {
-    if (!playing_)
-        return true;
-    const std::uint32_t ready = framesReady();
-    // Waking the feeder is dear, so it is left alone while it is at work.
-    return ready >= frames && (ready >= refillBelow_ || awake_);
+    return !playing_ || framesReady() >= frames;
 }
 
+// Decodes on the calling thread, whose cache then holds what is read next; that the
+// feeder would decode meanwhile does not make up for handing it over. Only what
+// has to happen on the feeder is left to it.
 void PlayerCore::waitForFrames(std::uint32_t frames)
 {
     if (hasFrames(frames))
         return;
     Lock lock(mutex_);
-    while (framesReady() < std::max(frames, refillBelow_.load())) {
-        changed();
+    for (;;) {
+        while (framesReady() < frames && feedFrames())
+            continue;
         if (framesReady() >= frames)
-            return; // and the feeder goes on meanwhile
+            return;
+        changed();
         feederRests_.wait(lock, [this] { return !awake_; });
         if (framesReady() >= frames)
             return;
@@ -202,27 +202,15 @@ void PlayerCore::runFeeder()
 // Does the next small piece of work; answers whether there was any.
 bool PlayerCore::feedOneStep(Lock &lock)
 {
-    if (!feed_)
-        return false;
-    if (feed_->frames() > 0) {
-        const std::uint32_t written =
-            ring_.get()->write(feed_->channels(), feed_->offset(), feed_->frames());
-        feed_->take(written);
-        return written > 0;
-    }
-    if (headBegun_ && feed_->hasFile()) {
-        feed_->produce();
+    if (feedFrames())
         return true;
-    }
+    if (!feed_ || feed_->frames() > 0)
+        return false;
     if (headBegun_) {
         // A file is not played through before the node plays.
         if (!playing_)
             return false;
         completeHead(lock);
-        return true;
-    }
-    if (!queue_.empty()) {
-        beginHead();
         return true;
     }
     if (feed_->holdsBack() && (drainWanted_ || ringRunsLow())) {
@@ -231,6 +219,26 @@ bool PlayerCore::feedOneStep(Lock &lock)
         return true;
     }
     return false;
+}
+
+// The same for what brings frames of the queued files.
+bool PlayerCore::feedFrames()
+{
+    if (!feed_)
+        return false;
+    if (feed_->frames() > 0) {
+        const std::uint32_t written =
+            ring_.get()->write(feed_->channels(), feed_->offset(), feed_->frames());
+        feed_->take(written);
+        return written > 0;
+    }
+    if (headBegun_ ? !feed_->hasFile() : queue_.empty())
+        return false;
+    if (headBegun_)
+        feed_->produce();
+    else
+        beginHead();
+    return true;
 }
 
 void PlayerCore::beginHead()
@@ -281,7 +289,7 @@ void PlayerCore::rest(Lock &lock)
 {
     awake_ = false;
     feederRests_.notify_all();
-    const auto woken = [this] { return awake_.load(); };
+    const auto woken = [this] { return awake_; };
     if (!playing_ || !feed_) {
         feederWakes_.wait(lock, woken);
         return;

@@ -43,7 +43,7 @@ public:
     void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead);
 
     /// Whether `frames` frames can be read, or none are to be had because it does
-    /// not play, with nothing to be set going first. On the thread that reads.
+    /// not play. On the thread that reads.
     bool hasFrames(std::uint32_t frames) noexcept;
 
     /// For deterministic rendering: returns when `frames` frames can be read, or
@@ -70,6 +70,7 @@ private:
 
     void runFeeder();
     bool feedOneStep(Lock &lock);
+    bool feedFrames();
     void beginHead();
     void completeHead(Lock &lock);
     void runCompletions(Lock &lock, Queue done);
@@ -80,7 +81,6 @@ private:
     std::unique_ptr<AVAudioPCMBuffer> takeFramesAhead();
 
     std::atomic<bool> playing_{false};
-    std::atomic<std::uint32_t> refillBelow_{0}; // frames
     Published<SampleRing> ring_;
 
     std::mutex mutex_; // guards what follows, and the writing end of the ring
@@ -92,7 +92,7 @@ private:
     bool headBegun_ = false;
     bool completing_ = false;
     bool drainWanted_ = false;
-    std::atomic<bool> awake_{true}; // changed under the mutex
+    bool awake_ = true;
     bool ends_ = false;
     std::uint64_t changes_ = 0; // counts what may give the feeder work
 
