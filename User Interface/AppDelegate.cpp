@@ -1,10 +1,8 @@
 #include "User Interface/AppDelegate.hpp"
 
-#include <utility>
-
-void AppDelegate::setWindow(std::shared_ptr<UIWindow> value)
+void AppDelegate::setWindow(const std::shared_ptr<UIWindow> &value)
 {
-    window = std::move(value);
+    window = value;
 }
 
 bool AppDelegate::application(UIApplication & /*application*/,

@@ -15,7 +15,7 @@ public:
     /// The main window, set by the platform.
     std::shared_ptr<UIWindow> window;
 
-    void setWindow(std::shared_ptr<UIWindow> value) override;
+    void setWindow(const std::shared_ptr<UIWindow> &value) override;
 
     bool application(UIApplication &application,
                      const UIApplicationLaunchOptions &launchOptions) override;

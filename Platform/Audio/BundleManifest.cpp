@@ -1,5 +1,6 @@
 #include "Platform/Audio/BundleManifest.hpp"
 
+#include "Platform/Audio/TextFile.hpp"
 #include "Platform/Audio/Turtle.hpp"
 #include "Platform/Foundation/Print.hpp"
 

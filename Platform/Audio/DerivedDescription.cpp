@@ -1,5 +1,6 @@
 #include "Platform/Audio/DerivedDescription.hpp"
 
+#include "Platform/Audio/TextFile.hpp"
 #include "Platform/Audio/Turtle.hpp"
 
 #include <lilv/lilv.h>

@@ -29,6 +29,10 @@ constexpr std::uint32_t mostFramesPerBlock = 8192;
 
 constexpr auto watchInterval = std::chrono::milliseconds(100);
 
+// Some drivers fall silent without a word when their server dies. A device that
+// lives asks every few milliseconds.
+constexpr auto deviceSilence = std::chrono::seconds(2);
+
 bool hasFrames(const RenderPlan &plan)
 {
     return std::all_of(plan.players.begin(), plan.players.end(),
@@ -107,8 +111,7 @@ void EngineCore::start()
     running_ = true;
     if (manualFormat_)
         return;
-    deviceLost_ = false;
-    device_->run(*this);
+    runDevice();
     watch_ = std::thread([this] { watchDevice(); });
     pthread_setname_np(watch_.native_handle(), "audio watch");
 }
@@ -171,7 +174,8 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
     if (plan != nullptr && !hasFrames(*plan)) {
         // Without plan and mutex: what the wait is for may change the graph.
         plan_.release();
-        for (const RenderPlan::Player &player : *players_.load())
+        const std::shared_ptr<const Players> players = players_.load();
+        for (const RenderPlan::Player &player : *players)
             player.core->waitForFrames(player.framesPerBlock);
         plan = plan_.acquire();
     }
@@ -191,6 +195,7 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
 void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
                                    std::uint32_t channels) noexcept
 {
+    blocksBegun_.fetch_add(1, std::memory_order_relaxed);
     const DenormalMode noDenormals;
     RenderPlan *const plan = plan_.acquire();
     const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
@@ -202,6 +207,7 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
     }
     std::fill_n(samples, static_cast<std::size_t>(frames) * channels, 0.0F);
     plan_.release();
+    blocksDone_.fetch_add(1, std::memory_order_relaxed);
 }
 
 RenderPlanner EngineCore::planner() const
@@ -258,15 +264,18 @@ void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units, bo
 
 void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
 {
+    const bool offline = manualFormat_.has_value();
     const auto known = units_.find(planned.unit);
     if (known != units_.end() && known->second.sampleRate == planned.sampleRate &&
-        known->second.maximumFrames == maximumFrames_)
+        known->second.maximumFrames == maximumFrames_ && known->second.offline == offline)
         return;
     // The callback must not be in the unit meanwhile.
     withdrawPlan();
     units_.erase(planned.unit);
+    planned.unit->setRenderingOffline(offline);
     planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
-    units_[planned.unit] = {planned.sampleRate, maximumFrames_, std::make_shared<RenderClock>()};
+    units_[planned.unit] = {planned.sampleRate, maximumFrames_, offline,
+                            std::make_shared<RenderClock>()};
 }
 
 void EngineCore::openDevice()
@@ -297,7 +306,7 @@ void EngineCore::watchOnce()
 {
     tellFaults();
     if (!deviceLost_) {
-        if (device_->isAlive())
+        if (deviceIsAlive())
             return;
         deviceLost_ = true;
         printError("The audio device has gone away; going on with the default device.");
@@ -309,8 +318,26 @@ void EngineCore::watchOnce()
         return; // tried again the next time
     }
     publish(false);
-    device_->run(*this);
+    runDevice();
+}
+
+void EngineCore::runDevice()
+{
     deviceLost_ = false;
+    lastBlockSeen_ = std::chrono::steady_clock::now();
+    device_->run(*this);
+}
+
+bool EngineCore::deviceIsAlive()
+{
+    const auto now = std::chrono::steady_clock::now();
+    const std::uint64_t begun = blocksBegun_.load();
+    // A block under way is an effect that takes its time, not a device that is gone.
+    if (begun != blocksSeen_ || begun != blocksDone_.load()) {
+        blocksSeen_ = begun;
+        lastBlockSeen_ = now;
+    }
+    return device_->isAlive() && now - lastBlockSeen_ < deviceSilence;
 }
 
 void EngineCore::tellFaults()

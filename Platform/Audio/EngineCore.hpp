@@ -11,6 +11,7 @@
 #include "Platform/Foundation/Shared.hpp"
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -60,6 +61,7 @@ private:
     struct UnitState {
         double sampleRate;
         std::uint32_t maximumFrames;
+        bool offline;
         std::shared_ptr<RenderClock> clock;
     };
     using Lock = std::unique_lock<std::mutex>;
@@ -75,6 +77,8 @@ private:
     void closeDevice();
     void watchDevice();
     void watchOnce();
+    bool deviceIsAlive();
+    void runDevice();
     void tellFaults();
 
     const std::shared_ptr<AVAudioMixerNode> mixer_ = std::make_shared<AVAudioMixerNode>();
@@ -88,6 +92,11 @@ private:
     std::optional<AVAudioFormat> manualFormat_;
     std::optional<AVAudioFormat> formatBeforeManual_;
     std::atomic<bool> running_{false};
+    // Blocks that the device has asked for and got: equal while it waits.
+    std::atomic<std::uint64_t> blocksBegun_{0};
+    std::atomic<std::uint64_t> blocksDone_{0};
+    std::uint64_t blocksSeen_ = 0;
+    std::chrono::steady_clock::time_point lastBlockSeen_;
     bool deviceLost_ = false;
     bool toldNonFinite_ = false;
     bool toldTooLoud_ = false;

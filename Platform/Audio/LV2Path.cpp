@@ -83,7 +83,7 @@ std::vector<std::string> lv2Bundles()
             if (name != "." && name != ".." &&
                 ::fstatat(::dirfd(directory.get()), name.c_str(), &status, 0) == 0 &&
                 S_ISDIR(status.st_mode) && seen.emplace(status.st_dev, status.st_ino).second)
-                bundles.push_back(folder + "/" + name);
+                bundles.push_back(std::string(folder).append("/").append(name));
         }
     }
     return bundles;

@@ -7,8 +7,12 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <future>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 namespace platform::audio
 {
@@ -70,6 +74,31 @@ SDLAudioSubsystem &SDLAudioSubsystem::shared()
     return subsystem;
 }
 
+SDLAudioSubsystem::SDLAudioSubsystem()
+{
+    std::at_quick_exit([] {
+        // An effect that hangs in the callback must not keep the program alive.
+        std::promise<void> done;
+        std::future<void> finished = done.get_future();
+        std::thread([done = std::move(done)]() mutable {
+            shared().shutDown();
+            done.set_value();
+        }).detach();
+        finished.wait_for(std::chrono::milliseconds(500));
+    });
+}
+
+void SDLAudioSubsystem::shutDown()
+{
+    ended_ = true;
+    const std::lock_guard lock(mutex_);
+    for (const SDL_AudioDeviceID device : devices_)
+        SDL_CloseAudioDevice(device);
+    devices_.clear();
+    if (!driver_.empty())
+        SDL_AudioQuit();
+}
+
 void SDLAudioSubsystem::acquire()
 {
     const std::lock_guard lock(mutex_);
@@ -122,13 +151,25 @@ SDL_AudioDeviceID SDLAudioSubsystem::openDevice(const SDL_AudioSpec &wanted,
                 nullptr, 0, &wanted, &obtained,
                 SDL_AUDIO_ALLOW_FREQUENCY_CHANGE | SDL_AUDIO_ALLOW_CHANNELS_CHANGE |
                     SDL_AUDIO_ALLOW_SAMPLES_CHANGE);
-            if (device != 0)
+            if (device != 0) {
+                devices_.push_back(device);
                 return device;
+            }
         }
         if (reason.empty())
             reason = SDL_GetError();
     }
     throwNoDriver(reason);
+}
+
+void SDLAudioSubsystem::closeDevice(SDL_AudioDeviceID device)
+{
+    const std::lock_guard lock(mutex_);
+    const auto known = std::find(devices_.begin(), devices_.end(), device);
+    if (known == devices_.end())
+        return; // the process is ending, and it has been closed already
+    devices_.erase(known);
+    SDL_CloseAudioDevice(device);
 }
 
 } // namespace platform::audio

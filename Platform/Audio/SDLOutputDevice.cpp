@@ -51,7 +51,7 @@ void SDLOutputDevice::close()
 {
     if (device_ == 0)
         return;
-    SDL_CloseAudioDevice(device_); // waits for a callback under way
+    SDLAudioSubsystem::shared().closeDevice(device_);
     device_ = 0;
     source_ = nullptr;
     SDLAudioSubsystem::shared().release();
@@ -59,7 +59,9 @@ void SDLOutputDevice::close()
 
 bool SDLOutputDevice::isAlive() const
 {
-    return device_ != 0 && SDL_GetAudioDeviceStatus(device_) != SDL_AUDIO_STOPPED;
+    // At the end of the process it is closed without the engine's doing.
+    return SDLAudioSubsystem::shared().hasEnded() ||
+           (device_ != 0 && SDL_GetAudioDeviceStatus(device_) != SDL_AUDIO_STOPPED);
 }
 
 void SDLOutputDevice::callback(void *userdata, Uint8 *stream, int bytes)

@@ -27,9 +27,4 @@ bool readTurtle(const std::string &text, const std::string &folder,
 /// The path of a file location; none for any other.
 std::optional<std::string> pathOfFileLocation(std::string_view location);
 
-/// The text of a regular file of at most `largest` bytes. None when there is no
-/// such file; one that is longer is answered with its size in `tooLarge`.
-std::optional<std::string> readTextFile(const std::string &path, std::size_t largest,
-                                        std::size_t &tooLarge);
-
 } // namespace platform::audio

@@ -19,11 +19,10 @@ public:
     Callback(std::nullptr_t) {}
 
     template <typename Closure>
-    requires(!std::same_as<std::remove_cvref_t<Closure>, Callback> &&
-             std::is_invocable_v<std::remove_cvref_t<Closure> &, Args...>)
-        Callback(Closure &&closure)
+    requires(!std::same_as<Closure, Callback> && std::is_invocable_v<Closure &, Args...>)
+        Callback(Closure closure)
     {
-        std::function<void(Args...)> function(std::forward<Closure>(closure));
+        std::function<void(Args...)> function(std::move(closure));
         if (function)
             closure_ = std::make_shared<Function>(std::move(function));
     }

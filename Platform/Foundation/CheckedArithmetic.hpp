@@ -41,8 +41,8 @@ constexpr T checkedInteger(F value)
 {
     // The first number past the end is a power of two, so it is exact where the
     // largest integer itself would be rounded.
-    constexpr F half = static_cast<F>(std::numeric_limits<T>::max() / 2 + 1);
-    constexpr F end = half * F{2};
+    constexpr T half = std::numeric_limits<T>::max() / 2 + 1;
+    constexpr F end = static_cast<F>(half) * F{2};
     constexpr F lowest = static_cast<F>(std::numeric_limits<T>::min());
     if (!std::isfinite(value))
         fatalError("A number that is infinite or none cannot become an integer");

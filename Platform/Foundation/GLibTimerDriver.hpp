@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-struct _GSource;
+struct _GSource; // NOLINT(bugprone-reserved-identifier): GLib's own name
 
 namespace platform::foundation
 {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <utility>
-
 namespace platform::foundation
 {
 
@@ -11,7 +9,7 @@ template <typename T>
 union Immortal {
     /// Holds what `make()` answers; `T` need not be movable.
     template <typename Make>
-    explicit Immortal(Make &&make) : value(std::forward<Make>(make)())
+    explicit Immortal(Make make) : value(make())
     {
     }
     ~Immortal() {}

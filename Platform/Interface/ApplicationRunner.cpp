@@ -39,6 +39,11 @@ ApplicationRunner::ApplicationRunner(UIApplication &application, ApplicationProp
     RunLoop::main().setSourcePriority(GDK_PRIORITY_REDRAW + 1);
     g_set_prgname(properties_.identifier.c_str());
     g_set_application_name(properties_.name.c_str());
+    // A quiet screen is painted as fast without OpenGL, whose shaders would have
+    // to be compiled before the window opens: at every start, since the program
+    // leaves nothing in the home folder, where Mesa would keep them.
+    g_setenv("GSK_RENDERER", "cairo", FALSE);
+    g_setenv("MESA_SHADER_CACHE_DISABLE", "true", FALSE);
     gdk_set_allowed_backends(backends);
     if (!gtk_init_check())
         fatalError("There is no display to open a window on.");

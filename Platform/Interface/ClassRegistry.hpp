@@ -55,7 +55,7 @@ public:
 /// The name of `Class` as text, by which the platform can make instances of it
 /// from then on.
 template <typename Class>
-std::string NSStringFromClass()
+std::string NSStringFromClass() // NOLINT(readability-identifier-naming): the name users know
 {
     const platform::interface::ClassRegistration<Class> registration;
     return platform::interface::typeName(typeid(Class));

@@ -21,7 +21,7 @@ std::weak_ptr<UIApplication> &sharedApplication()
 template <typename Class>
 std::shared_ptr<Class> makeByName(const std::string &name)
 {
-    const auto instance = std::dynamic_pointer_cast<Class>(platform::interface::makeInstance(name));
+    auto instance = std::dynamic_pointer_cast<Class>(platform::interface::makeInstance(name));
     if (!instance)
         fatalError("The class '" + name + "' cannot take its part in the program.");
     return instance;

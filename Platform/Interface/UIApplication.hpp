@@ -46,5 +46,6 @@ private:
 /// UIApplication. There is no command line: the arguments are not looked at.
 /// A class that is not registered, a missing delegate class, absent resources and
 /// a missing display are fatal errors.
+// NOLINTNEXTLINE(readability-identifier-naming): the name users know
 int UIApplicationMain(int argc, char *argv[], const std::optional<std::string> &principalClassName,
                       const std::optional<std::string> &delegateClassName);

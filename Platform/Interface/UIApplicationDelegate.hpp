@@ -19,7 +19,7 @@ public:
 
     /// Gets the window that was made from the main storyboard, before the launch
     /// is announced.
-    virtual void setWindow(std::shared_ptr<UIWindow> /*window*/) {}
+    virtual void setWindow(const std::shared_ptr<UIWindow> & /*window*/) {}
 
     /// The storyboard is loaded, the window not shown yet. The answer is for
     /// launches with an address to open, which a desktop program does not get.

@@ -14,7 +14,7 @@ std::shared_ptr<UIButton> UIButton::create(std::unique_ptr<platform::interface::
         fatalError("A UIButton needs a widget that is a GTK button.");
 
     // The constructor is private, which std::make_shared cannot see.
-    const std::shared_ptr<UIButton> view(new UIButton(std::move(widget)));
+    std::shared_ptr<UIButton> view(new UIButton(std::move(widget)));
     button->signal_clicked().connect([weakView = std::weak_ptr(view)] {
         if (const auto pressed = weakView.lock())
             pressed->sendActions();

@@ -11,6 +11,19 @@
 namespace
 {
 
+/// A window belongs to whoever made it, not to a widget around it.
+class WindowWidget : public platform::interface::Widget
+{
+public:
+    explicit WindowWidget(std::unique_ptr<Gtk::Window> window)
+        : Widget(*window), window_(std::move(window))
+    {
+    }
+
+private:
+    std::unique_ptr<Gtk::Window> window_;
+};
+
 Gtk::Window &windowOf(const UIView &view)
 {
     return static_cast<Gtk::Window &>(view.widget().get());
@@ -20,13 +33,13 @@ Gtk::Window &windowOf(const UIView &view)
 
 std::shared_ptr<UIWindow> UIWindow::create(const std::string &title, int width, int height)
 {
-    // Made by GTK itself, so that the C++ object lives as long as GTK's.
-    auto *window = Glib::wrap(GTK_WINDOW(gtk_window_new()));
+    auto gtkWindow = std::make_unique<Gtk::Window>();
+    auto *window = gtkWindow.get();
     window->set_title(title);
     window->set_default_size(width, height);
     // The constructor is private, which std::make_shared cannot see.
     std::shared_ptr<UIWindow> view(
-        new UIWindow(std::make_unique<platform::interface::Widget>(*window)));
+        new UIWindow(std::make_unique<WindowWidget>(std::move(gtkWindow))));
     window->signal_realize().connect([weakView = std::weak_ptr(view)] {
         if (const auto realized = weakView.lock())
             realized->watchSurface();
@@ -38,7 +51,6 @@ UIWindow::~UIWindow()
 {
     // The root's view may outlive the window, or be shown in another.
     windowOf(*this).unset_child();
-    gtk_window_destroy(windowOf(*this).gobj());
 }
 
 void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controller)

@@ -13,15 +13,19 @@ class Widget
 {
 public:
     /// Takes a reference of its own; a widget that nobody owns yet is adopted.
-    explicit Widget(Gtk::Widget &widget) : widget_(&widget) { g_object_ref_sink(widget.gobj()); }
-    ~Widget() { g_object_unref(widget_->gobj()); }
+    explicit Widget(Gtk::Widget &widget)
+        : object_(g_object_ref_sink(widget.gobj()), &g_object_unref), widget_(widget)
+    {
+    }
+    virtual ~Widget() = default;
     Widget(const Widget &) = delete;
     Widget &operator=(const Widget &) = delete;
 
-    Gtk::Widget &get() const { return *widget_; }
+    Gtk::Widget &get() const { return widget_; }
 
 private:
-    Gtk::Widget *widget_;
+    std::unique_ptr<void, decltype(&g_object_unref)> object_;
+    Gtk::Widget &widget_;
 };
 
 } // namespace platform::interface

@@ -21,7 +21,7 @@ namespace
 thread_local bool onAudioCallback = false;
 
 constexpr std::size_t longestLine = 1024;
-constexpr std::size_t ringSize = 16U * 1024U;
+constexpr std::size_t ringSize = 16384;
 
 } // namespace
 

@@ -12,8 +12,7 @@ SymbolTable &SymbolTable::shared()
     return table;
 }
 
-const SymbolTable::Symbol *SymbolTable::findSymbol(std::string_view uri,
-                                                   std::size_t hash) const noexcept
+const SymbolTable::Symbol *SymbolTable::find(std::string_view uri, std::size_t hash) const noexcept
 {
     const Symbol *symbol = buckets_[hash % buckets_.size()].load(std::memory_order_acquire);
     while (symbol && (symbol->hash != hash || symbol->uri != uri))
@@ -21,20 +20,14 @@ const SymbolTable::Symbol *SymbolTable::findSymbol(std::string_view uri,
     return symbol;
 }
 
-LV2_URID SymbolTable::find(std::string_view uri) const noexcept
-{
-    const Symbol *symbol = findSymbol(uri, std::hash<std::string_view>{}(uri));
-    return symbol ? symbol->number : 0;
-}
-
 LV2_URID SymbolTable::map(std::string_view uri)
 {
     const std::size_t hash = std::hash<std::string_view>{}(uri);
-    if (const Symbol *known = findSymbol(uri, hash))
+    if (const Symbol *known = find(uri, hash))
         return known->number;
 
     const std::lock_guard lock(mutex_);
-    if (const Symbol *known = findSymbol(uri, hash))
+    if (const Symbol *known = find(uri, hash))
         return known->number;
     if (symbols_.size() + 1 >= capacity)
         return 0;

@@ -36,8 +36,6 @@ public:
 
     /// The number of `uri`, given now if it has none; 0 when the table is full.
     LV2_URID map(std::string_view uri);
-    /// The number of `uri`, or 0 when it has none yet.
-    REALTIME LV2_URID find(std::string_view uri) const noexcept;
     /// The URI of a number, valid as long as the table; null for an unknown one.
     REALTIME const char *unmap(LV2_URID symbol) const noexcept;
 
@@ -54,7 +52,7 @@ private:
     };
     using Page = std::array<std::atomic<const Symbol *>, 256>;
 
-    const Symbol *findSymbol(std::string_view uri, std::size_t hash) const noexcept;
+    const Symbol *find(std::string_view uri, std::size_t hash) const noexcept;
 
     // Published heads of chains that only ever grow at their head.
     std::array<std::atomic<const Symbol *>, 4096> buckets_{};

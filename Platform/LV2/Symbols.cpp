@@ -1,7 +1,6 @@
 #include "Platform/LV2/Symbols.hpp"
 
 #include <lv2/atom/atom.h>
-#include <lv2/log/log.h>
 #include <lv2/midi/midi.h>
 
 namespace platform::lv2
@@ -15,8 +14,7 @@ const Symbols &Symbols::shared()
                        table.map(LV2_ATOM__Float),  table.map(LV2_ATOM__Int),
                        table.map(LV2_ATOM__Bool),   table.map(LV2_ATOM__Long),
                        table.map(LV2_ATOM__Path),   table.map(LV2_ATOM__Sequence),
-                       table.map(LV2_ATOM__String), table.map(LV2_MIDI__MidiEvent),
-                       table.map(LV2_LOG__Trace)};
+                       table.map(LV2_ATOM__String), table.map(LV2_MIDI__MidiEvent)};
     }();
     return symbols;
 }

@@ -17,7 +17,6 @@ struct Symbols {
     LV2_URID atomSequence;
     LV2_URID atomString;
     LV2_URID midiEvent;
-    LV2_URID logTrace;
 
     /// Any thread. The first call must not be on the audio callback.
     static const Symbols &shared();

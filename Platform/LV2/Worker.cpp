@@ -8,7 +8,7 @@ namespace platform::lv2
 namespace
 {
 
-constexpr std::size_t ringSize = 64U * 1024U;
+constexpr std::size_t ringSize = 65536;
 
 // The callback wakes nobody; a plug-in waits for its answer this much longer.
 constexpr std::chrono::milliseconds pollInterval{2};

@@ -54,7 +54,8 @@ public:
 class EnginePlayerFixture : public ::testing::Test
 {
 protected:
-    static constexpr std::uint32_t fileFrames = 1000;
+    /// More than the player reads ahead.
+    static constexpr std::uint32_t fileFrames = 12000;
     static constexpr std::uint32_t blockFrames = 256;
 
     EnginePlayerFixture()

@@ -7,7 +7,6 @@ import os
 import pathlib
 import queue
 import shutil
-import signal
 import subprocess
 import sys
 import tempfile
@@ -49,10 +48,12 @@ class Installation:
         self.program = self.root / "bin" / "parvane-host"
         self.resources = self.root / "share" / "parvane-host"
         self.home = self.root / "home"
+        self.runtime = self.root / "run"
 
     def __enter__(self):
         self.program.parent.mkdir()
         self.home.mkdir()
+        self.runtime.mkdir(mode=0o700)
         shutil.copy2(self.build / "bin" / "parvane-host", self.program)
         modules = self.build / "lib" / "parvane-host"
         if modules.exists():
@@ -84,22 +85,29 @@ class Installation:
         samples.frombytes(content[:len(content) // 4 * 4])
         return samples
 
-    def run(self, lv2_path):
-        return Program(self, lv2_path)
+    def run(self, lv2_path, **environment):
+        """Starts the program; a variable of the environment that is None is unset."""
+        return Program(self, lv2_path, environment)
 
 
 class Program:
     """The running program, its lines and its buttons."""
 
-    def __init__(self, installation, lv2_path):
+    def __init__(self, installation, lv2_path, changes):
         environment = {name: value for name, value in os.environ.items()
                        if not name.startswith(("XDG_", "GTK_", "GDK_", "GSK_", "WAYLAND_"))}
         environment.update(
             HOME=str(installation.home),
+            # Without one GLib makes do with a folder in the home folder.
+            XDG_RUNTIME_DIR=str(installation.runtime),
             LV2_PATH=str(lv2_path),
             SDL_AUDIODRIVER="disk",
             SDL_DISKAUDIOFILE=str(installation.root / "recording.raw"),
             GDK_BACKEND="x11")
+        for name, value in changes.items():
+            environment.pop(name, None)
+            if value is not None:
+                environment[name] = value
         self.process = subprocess.Popen([str(installation.program)], env=environment, text=True,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         self.lines = []
@@ -140,12 +148,16 @@ class Program:
             reader.join()
         while not self._arrived.empty():
             self.lines.append(self._arrived.get())
+        self.process.stdout.close()
+        self.process.stderr.close()
         return status
 
     def kill(self):
-        with contextlib.suppress(ProcessLookupError):
-            self.process.send_signal(signal.SIGKILL)
-        self.wait()
+        """Makes sure that the program is gone, however the test ended."""
+        if self.process.poll() is None:
+            self.process.kill()
+        if not self.process.stdout.closed:
+            self.wait()
 
     def button(self, name):
         """The visible button of that accessible name, once it is there."""
@@ -180,7 +192,7 @@ class Program:
                 if application and application.get_process_id() == self.process.pid:
                     return pyatspi.findDescendant(
                         application, lambda each: each.getRole() == pyatspi.ROLE_PUSH_BUTTON and
-                        each.name == name and each.getState().contains(pyatspi.STATE_SHOWING))
+                        each.name == name and each.getState().contains(pyatspi.STATE_VISIBLE))
         return None
 
 

@@ -12,7 +12,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <mutex>
 
 using ::testing::Contains;
@@ -22,7 +25,7 @@ using ::testing::IsSupersetOf;
 namespace
 {
 
-constexpr double patience = 60; // seconds
+constexpr std::chrono::seconds patience{60};
 
 const std::string loaded = "WARNING: Audio unit is nil (yet?).";
 const std::string loadingInterface = "ViewController: Loading the audio unit's interface...";
@@ -43,6 +46,18 @@ public:
 private:
     std::vector<URL> folders_;
 };
+
+/// Serves the main thread until `condition` holds. Lines come from other threads,
+/// too, which wake nobody here, so it is asked anew every little while.
+bool waitUntil(const std::function<bool()> &condition)
+{
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (std::chrono::steady_clock::now() < end) {
+        if (RunLoop::main().runUntil(condition, 0.02))
+            return true;
+    }
+    return false;
+}
 
 /// Controller and locator keep each other for the life of the process.
 std::vector<std::shared_ptr<ViewController>> &kept()
@@ -68,12 +83,10 @@ std::shared_ptr<AVAudioUnit> instantiateEffect()
                                  effect = std::move(unit);
                                  answered = true;
                              });
-    RunLoop::main().runUntil(
-        [&] {
-            const std::lock_guard lock(mutex);
-            return answered;
-        },
-        patience);
+    waitUntil([&] {
+        const std::lock_guard lock(mutex);
+        return answered;
+    });
     return effect;
 }
 
@@ -84,6 +97,8 @@ class ViewControllerTest : public ::testing::Test
 protected:
     void SetUp() override
     {
+        // Sound goes nowhere.
+        setenv("SDL_AUDIODRIVER", "dummy", 1);
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
     }
 
@@ -98,8 +113,8 @@ protected:
     void load()
     {
         controller->loadViewIfNeeded();
-        ASSERT_TRUE(RunLoop::main().runUntil(
-            [this] { return printed.contains(loaded) && printed.contains(noView); }, patience));
+        ASSERT_TRUE(
+            waitUntil([this] { return printed.contains(loaded) && printed.contains(noView); }));
     }
 
     static std::shared_ptr<ViewController> fromStoryboard()
@@ -206,8 +221,7 @@ TEST_F(ViewControllerTest, OnlyTellsWhenTheViewComesAfterItsEnd)
     controller = std::make_shared<ViewController>(std::nullopt, nullptr);
     controller->onFoundComponent(effect);
     controller.reset();
-    EXPECT_TRUE(RunLoop::main().runUntil(
-        [this] { return printed.contains("ERROR: Self is nil !?"); }, patience));
+    EXPECT_TRUE(waitUntil([this] { return printed.contains("ERROR: Self is nil !?"); }));
     EXPECT_FALSE(printed.contains(noView));
 }
 
@@ -229,12 +243,10 @@ TEST_F(ViewControllerTest, StartsAndStopsThroughItsButtons)
     controller = fromStoryboard();
     load();
     controller->playButton->sendActions();
-    ASSERT_TRUE(
-        RunLoop::main().runUntil([this] { return controller->playButton->isHidden(); }, patience));
+    ASSERT_TRUE(waitUntil([this] { return controller->playButton->isHidden(); }));
     EXPECT_TRUE(printed.contains("AUEnginePlayer: Audio engine starting."));
     controller->stopButton->sendActions();
-    ASSERT_TRUE(
-        RunLoop::main().runUntil([this] { return controller->stopButton->isHidden(); }, patience));
+    ASSERT_TRUE(waitUntil([this] { return controller->stopButton->isHidden(); }));
     EXPECT_TRUE(printed.contains("AUEnginePlayer: Audio engine stopping."));
 }
 

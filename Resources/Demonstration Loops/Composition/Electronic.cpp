@@ -7,6 +7,7 @@
 #include "Resources/Demonstration Loops/Instruments/Synthesizer.hpp"
 
 #include <memory>
+#include <utility>
 
 namespace demonstration_loops
 {
@@ -60,7 +61,7 @@ void house(Sketch &s)
           0);
     if (s.variant() % 4 == 2) {
         Part &acid = s.add(std::make_unique<Synthesizer>(Synthesizer::acidBass),
-                           bassLine(s, "11.18.1a1.781.5.", 4, 33), -1);
+                           bassLine(s, "11.18.1a1.781.5.", 4, 33), -2);
         acid.effects = {filterSweep(500, 5000, 1), drive(2.0, 8000)};
         acid.echo = 0.1;
     } else {
@@ -69,7 +70,7 @@ void house(Sketch &s)
                        s.pick<const char *>(
                            {"..1-..1-..1-..8-", "1..1..1.8..1..a.", "1", ".11-.11-.11-.85-"}),
                        4, 33),
-              -2);
+              -5);
     }
     std::unique_ptr<Instrument> chords = std::make_unique<Synthesizer>(Synthesizer::stab);
     if (s.variant() % 4 == 1)
@@ -109,7 +110,7 @@ void breakbeat(Sketch &s)
                                 s.pick<const char *>({"1---..1-..5---8-|1-----..7---5-..",
                                                       "1-.1-.1-8-.1-.5-", "1-------....8-7-"}),
                                 4, 28),
-                       0);
+                       -3);
     bass.effects = {drive(2.2, 2500)};
     Part &pad = s.add(
         std::make_unique<Synthesizer>(
@@ -135,7 +136,7 @@ void synthwave(Sketch &s)
           bassLine(
               s, s.pick<const char *>({"1.11.11.1.11.18.", "1818181818181818", "1.8.1.8.1.8.1.a."}),
               4, 33),
-          -1);
+          -3);
     Part &pad =
         s.add(std::make_unique<Synthesizer>(Synthesizer::pad), comp(s, "x---", 1, {55, 74, 4}), -5);
     pad.effects = {chorus(2.5, 0.5)};

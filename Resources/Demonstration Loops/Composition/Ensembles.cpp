@@ -9,6 +9,7 @@
 #include "Resources/Demonstration Loops/Instruments/Wind.hpp"
 
 #include <memory>
+#include <utility>
 
 namespace demonstration_loops
 {

@@ -9,6 +9,8 @@
 #include "Resources/Demonstration Loops/Instruments/Wind.hpp"
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace demonstration_loops
 {
@@ -22,9 +24,9 @@ void funk(Sketch &s)
                             s.pick<const char *>({"x.oxo.x..ox.o.xo", "..x.x.oxo.x.x.o.",
                                                   "xo.x.ox.xo.x.oxo", "x...x.o.x.ox..x."}),
                             4, {57, 74, 3}, 0.01),
-                       -1, -0.25);
+                       -1, -0.5);
     clav.effects = {s.variant() % 2 == 0 ? autoWah(450, 2400) : tone(1400, 0.9, 4),
-                    drive(1.4, 7000)};
+                    tone(3500, 0.7, 4), drive(1.4, 9000)};
     Part &bass = s.add(std::make_unique<PluckedString>(PluckedString::slapBass),
                        bassLine(s,
                                 s.pick<const char *>({"1-..8..1..7.5.a.", "1..18.1..1.5.78.",
@@ -42,10 +44,16 @@ void funk(Sketch &s)
                  {Drum::openHat, "......x.........|..............x."}},
                 4),
           0);
-    if (s.variant() % 4 >= 2) {
+    if (s.variant() % 4 == 1)
+        s.add(std::make_unique<ElectricPiano>(1.4), comp(s, "x.....x---....x-", 4, {52, 72, 4}), -4,
+              0.25);
+    if (s.variant() % 4 == 2) {
         Part &horns = s.add(std::make_unique<Synthesizer>(Synthesizer::brass),
-                            comp(s, "X..x..........X.|................", 4, {58, 77, 4}), -3, 0.25);
-        horns.room = 0.25;
+                            comp(s, "X..x..X---....X.|..X---..X.......", 4, {58, 77, 4}), 0, 0.25);
+        horns.room = 0.3;
+        s.add(std::make_unique<Wind>(Wind::saxophone), melody(s, "....x.xxx-......", 4, 65, 82), -1,
+              -0.1)
+            .room = 0.3;
     }
 }
 
@@ -58,7 +66,7 @@ void dub(Sketch &s)
     Part &skank =
         s.add(std::make_unique<Organ>(Organ::Registration{0, 0, 8, 6, 4, 0, 0, 0, 0}),
               comp(s, s.pick<const char *>({".x.x.x.x", "..x...x.", ".xo..xo."}), 2, {57, 74, 3}),
-              -4, 0.3);
+              -4, 0.5);
     skank.echo = 0.3;
     Part &guitar = s.add(std::make_unique<PluckedString>(PluckedString::muted),
                          comp(s, "..X...X.", 2, {57, 76, 4}, 0.02), -4, -0.35);
@@ -68,7 +76,7 @@ void dub(Sketch &s)
               s,
               s.pick<const char *>({"1-.15-8-|..1-7-5-", "1--1--5-|1-..8-7-", "..1-1-3-|5-..3-1-"}),
               2, 28),
-          0);
+          -3);
     Part &kit =
         s.add(std::make_unique<DrumKit>(DrumKit::deep),
               drums(s,
@@ -102,7 +110,7 @@ void blues(Sketch &s)
                               s.pick<const char *>({"x.xxx---|..x-xx..", "xxx-..x-|x---....",
                                                     "..xxx-xx|x-......", "x-x-xxx-|....x-x-"}),
                               2, 64, 84),
-                       0, 0.1);
+                       0, 0.25);
     if (guitarLed)
         line.effects = {drive(5, 4500)};
     line.room = 0.25;
@@ -201,7 +209,7 @@ void latin(Sketch &s)
           bassLine(
               s, s.pick<const char *>({"...5-.8-....a-..", "1-.5-.8-..5-.a-.", "1-....5-1-..8-a-"}),
               4, 31),
-          -1);
+          -4);
     s.add(std::make_unique<DrumKit>(DrumKit::acoustic),
           drums(s,
                 {{Drum::clave, "x..x..x...x.x..."},

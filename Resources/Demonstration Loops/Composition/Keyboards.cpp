@@ -1,13 +1,14 @@
 #include "Resources/Demonstration Loops/Composition/Patterns.hpp"
 #include "Resources/Demonstration Loops/Composition/Styles.hpp"
-#include "Resources/Demonstration Loops/Instruments/Choir.hpp"
 #include "Resources/Demonstration Loops/Instruments/ElectricPiano.hpp"
 #include "Resources/Demonstration Loops/Instruments/Organ.hpp"
 #include "Resources/Demonstration Loops/Instruments/Piano.hpp"
 #include "Resources/Demonstration Loops/Instruments/PluckedString.hpp"
+#include "Resources/Demonstration Loops/Instruments/Synthesizer.hpp"
 #include "Resources/Demonstration Loops/Instruments/Wind.hpp"
 
 #include <memory>
+#include <utility>
 
 namespace demonstration_loops
 {
@@ -91,13 +92,17 @@ void organCombo(Sketch &s)
         melody(s,
                s.pick<const char *>({"x.xx.xx.x-x.x.x.", "x-x.x-xxx---....", "xxx.xxx.x.x.xxx-"}),
                4, 60, 80),
-        0, -0.1);
+        0, -0.25);
     riff.effects = {drive(s.pick({1.5, 2.5, 4.0}), 5200)};
+    std::unique_ptr<Instrument> answer =
+        std::make_unique<Organ>(Organ::Registration{6, 4, 8, 6, 3, 2, 0, 0, 4});
+    if (s.variant() % 3 == 2)
+        answer = std::make_unique<Synthesizer>(Synthesizer::brass);
     Part &pads = s.add(
-        std::make_unique<Organ>(Organ::Registration{6, 4, 8, 6, 3, 2, 0, 0, 4}),
-        comp(s, s.pick<const char *>({"..x...x...x...x.", "....x--.....x--.", "x--x--x.x--x--x."}),
+        std::move(answer),
+        comp(s, s.pick<const char *>({"..x...x...x...x.", "....x--.....x--.", "x--x--x---......"}),
              4, {53, 72, 4}),
-        -5, 0.2);
+        s.pick({-5, -5, -2}), 0.45);
     pads.room = 0.2;
     s.add(std::make_unique<PluckedString>(PluckedString::fingerBass),
           bassLine(

@@ -15,7 +15,7 @@ namespace
 /// The air and the top of a guitar's body.
 std::vector<Effect> guitarBody()
 {
-    return {tone(110, 1.2, 4), tone(230, 1.5, 3), tone(3200, 1.0, 2)};
+    return {tone(110, 1.2, 2), tone(230, 1.5, 2), tone(4200, 0.7, 7)};
 }
 
 } // namespace

@@ -1,10 +1,11 @@
 #include "Resources/Demonstration Loops/Encoding/M4aWriter.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 extern "C" {
@@ -115,41 +116,64 @@ Handle<AVFormatContext> openFile(const AVCodecContext &encoder, const std::strin
     return file;
 }
 
-/// Writes what the encoder has ready, as far as it is needed to present the
-/// loop: the packet before its start, without which the first cannot be
-/// decoded, up to the one that completes its last frame.
-void drain(AVCodecContext &encoder, AVFormatContext &file, std::int64_t frames)
+/// Takes what the encoder has ready and keeps the packets of the loop itself.
+void drain(AVCodecContext &encoder, std::int64_t frames, std::vector<Handle<AVPacket>> &ring)
 {
-    Handle<AVPacket> packet(av_packet_alloc());
     for (;;) {
+        Handle<AVPacket> packet(av_packet_alloc());
         const int result = avcodec_receive_packet(&encoder, packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
             return;
         check(result, "encoding");
-        if (packet->pts >= -packetFrames && packet->pts < frames) {
-            packet->stream_index = 0;
-            packet->duration = std::min<std::int64_t>(packetFrames, frames - packet->pts);
-            av_packet_rescale_ts(packet.get(), encoder.time_base, file.streams[0]->time_base);
-            check(av_interleaved_write_frame(&file, packet.get()), "writing a packet");
-        }
-        av_packet_unref(packet.get());
+        if (packet->pts >= 0 && packet->pts < frames)
+            ring.push_back(std::move(packet));
     }
+}
+
+/// The loop's packets, one a thousand and twenty-four frames.
+std::vector<Handle<AVPacket>> encodeRing(AVCodecContext &encoder, const StereoLoop &loop)
+{
+    const auto frames = static_cast<std::int64_t>(loop.frames());
+    const std::int64_t end = frames / packetFrames + contextPackets;
+    std::vector<Handle<AVPacket>> ring;
+    for (std::int64_t index = -contextPackets; index < end; ++index) {
+        check(avcodec_send_frame(&encoder, frameOf(loop, index).get()), "encoding");
+        drain(encoder, frames, ring);
+    }
+    check(avcodec_send_frame(&encoder, nullptr), "encoding");
+    drain(encoder, frames, ring);
+    return ring;
+}
+
+void write(AVFormatContext &file, const AVRational &timeBase, const AVPacket &packet,
+           std::int64_t time)
+{
+    const Handle<AVPacket> copy(av_packet_clone(&packet));
+    if (!copy)
+        throw std::bad_alloc();
+    copy->stream_index = 0;
+    copy->pts = time;
+    copy->dts = time;
+    copy->duration = packetFrames;
+    av_packet_rescale_ts(copy.get(), timeBase, file.streams[0]->time_base);
+    check(av_write_frame(&file, copy.get()), "writing a packet");
 }
 
 } // namespace
 
 void writeM4a(const StereoLoop &loop, const std::string &title, const std::string &path)
 {
+    if (loop.frames() == 0 || loop.frames() % packetFrames != 0)
+        throw std::invalid_argument("a loop is a whole number of packets long");
     const auto encoder = openEncoder();
+    const auto ring = encodeRing(*encoder, loop);
     const auto file = openFile(*encoder, title, path);
-    const auto frames = static_cast<std::int64_t>(loop.frames());
-    const std::int64_t last = (frames + packetFrames - 1) / packetFrames + contextPackets;
-    for (std::int64_t index = -contextPackets; index < last; ++index) {
-        check(avcodec_send_frame(encoder.get(), frameOf(loop, index).get()), "encoding");
-        drain(*encoder, *file, frames);
+    write(*file, encoder->time_base, *ring.back(), -packetFrames);
+    std::int64_t time = 0;
+    for (const auto &packet : ring) {
+        write(*file, encoder->time_base, *packet, time);
+        time += packetFrames;
     }
-    check(avcodec_send_frame(encoder.get(), nullptr), "encoding");
-    drain(*encoder, *file, frames);
     check(av_write_trailer(file.get()), "finishing the file");
 }
 

@@ -27,6 +27,9 @@ void bringTo(StereoLoop &mix, double loudness)
 void master(StereoLoop &mix)
 {
     filterLoop(mix, BiquadCoefficients::highPass(28.0, 0.7));
+    // K weighting hardly hears the bass, so mixes made by it come out heavy.
+    filterLoop(mix, BiquadCoefficients::lowShelf(110.0, -2.5));
+    filterLoop(mix, BiquadCoefficients::highShelf(5000.0, 1.5));
     bringTo(mix, targetLoudness);
     compress(mix, -20.0, 1.8);
     // Limiting costs loudness, so level and limit approach each other.

@@ -26,7 +26,7 @@ namespace
 {
 
 using platform::foundation::describe;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 class BaseDeathTest : public ::testing::Test
 {
@@ -240,6 +240,7 @@ TEST(Print, DoesNotMixLinesOfSeveralThreads)
     constexpr int linesEach = 500;
     ::testing::internal::CaptureStdout();
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int i = 0; i < threadCount; ++i) {
         threads.emplace_back([i] {
             const std::string line(static_cast<std::size_t>(50 + i), static_cast<char>('a' + i));

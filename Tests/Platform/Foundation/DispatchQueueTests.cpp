@@ -86,6 +86,7 @@ TEST(MainQueue, TakesTasksFromSixteenThreadsKeepingEachOnesOrder)
     bool inOrder = true;
     int done = 0;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([&, thread] {
             for (int i = 0; i < tasksEach; ++i) {
@@ -222,6 +223,7 @@ TEST(SerialQueue, SerialisesTasksOfManyThreads)
     DispatchQueue queue("example.qrvx.many");
     int count = 0; // guarded by nothing but the queue
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([&] {
             for (int i = 0; i < tasksEach; ++i) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -93,15 +94,28 @@ TEST(GLibTimerDriver, DoesNotDrift)
 
 TEST(GLibTimerDriver, ServesManyTimersInTheOrderOfTime)
 {
-    constexpr int count = 3000; // more than a process may have open files
-    std::vector<int> order;
+    constexpr std::size_t count = 3000; // more than a process may have open files
+    // A timer is due between these, by the clock before and after it was made.
+    struct Due {
+        double earliest = 0;
+        double latest = 0;
+    };
+    constexpr double rounding = 1e-8; // of the interval to nanoseconds
+    const auto start = Clock::now();
+    std::vector<Due> dues(count);
+    std::vector<std::size_t> order;
     std::vector<std::shared_ptr<NSTimer>> timers;
-    for (int i = count; i > 0; --i)
-        timers.push_back(NSTimer::scheduledTimer(0.05 + i * 1e-5, false,
-                                                 [&, i](NSTimer &) { order.push_back(i); }));
+    timers.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const double interval = 0.05 + static_cast<double>(count - i) * 1e-5;
+        dues[i].earliest = secondsSince(start) + interval - rounding;
+        timers.push_back(
+            NSTimer::scheduledTimer(interval, false, [&, i](NSTimer &) { order.push_back(i); }));
+        dues[i].latest = secondsSince(start) + interval + rounding;
+    }
     ASSERT_TRUE(runUntil([&] { return order.size() == count; }));
-    // The last ones made had the least to wait.
-    EXPECT_GT(order.back(), order.front());
+    for (std::size_t i = 1; i < count; ++i)
+        EXPECT_LE(dues[order[i - 1]].earliest, dues[order[i]].latest);
     for (const auto &timer : timers)
         EXPECT_FALSE(timer->isValid());
 }

@@ -23,9 +23,9 @@ std::function<void(UIWindow &)> ending; // NOLINT(bugprone-dynamic-static-initia
 class TellingDelegate : public UIResponder, public UIApplicationDelegate
 {
 public:
-    void setWindow(std::shared_ptr<UIWindow> value) override
+    void setWindow(const std::shared_ptr<UIWindow> &value) override
     {
-        window_ = std::move(value);
+        window_ = value;
         const auto root = std::dynamic_pointer_cast<Recorder>(window_->rootViewController());
         root->onCall = [this](const std::string &call) {
             printError(call);

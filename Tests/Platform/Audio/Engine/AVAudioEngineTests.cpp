@@ -91,6 +91,7 @@ TEST_F(EngineTest, RendersThroughTheEffect)
     EXPECT_EQ(test::firstDifference(render(5000), scaled(wave, 2.0F, 5000)), -1);
     EXPECT_EQ(unit->sampleRate, 48000);
     EXPECT_EQ(unit->maximumFrames, 512U);
+    EXPECT_TRUE(unit->offline);
 }
 
 TEST_F(EngineTest, SettlesAConnectionWithoutFormatByTheEffectsChannels)

@@ -278,6 +278,7 @@ TEST(DeviceLoss, GoesOnOnTheDefaultDeviceAndSaysSoOnce)
     engine.start();
     ASSERT_TRUE(eventually([&] { return control.blocks > 3; }));
     EXPECT_EQ(unit->sampleRate, 48000);
+    EXPECT_FALSE(unit->offline);
 
     // It vanishes, there is no other for a while, then one of another format.
     control.opens = false;

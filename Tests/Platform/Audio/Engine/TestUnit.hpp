@@ -24,6 +24,7 @@ public:
     double sampleRate = 0;
     std::uint32_t maximumFrames = 0;
     int allocations = 0;
+    bool offline = false;
     std::atomic<bool> rendering{false};
     std::atomic<int> rendersWhileUnallocated{0};
 
@@ -45,6 +46,7 @@ public:
     void allocateRenderResources(double rate, std::uint32_t frames) override;
     void deallocateRenderResources() override { allocated_ = false; }
     bool renderResourcesAllocated() const override { return allocated_; }
+    void setRenderingOffline(bool value) override { offline = value; }
     double latency() const override { return 0; }
     bool scheduleMIDIEvent(std::uint32_t, const std::uint8_t *, std::size_t) override
     {

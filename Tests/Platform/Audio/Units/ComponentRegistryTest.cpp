@@ -1,0 +1,240 @@
+#include "LV2PathFixture.hpp"
+
+#include "Platform/Audio/AVAudioUnitComponentManager.hpp"
+#include "Platform/Audio/ComponentRegistry.hpp"
+#include "Platform/Audio/DerivedDescription.hpp"
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+#include <sys/stat.h>
+
+using platform::audio::derivedDescription;
+using platform::audio::fourCharacterCode;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace
+{
+
+constexpr AudioComponentDescription searchKey{fourCharacterCode("aumf"), fourCharacterCode("zvqr"),
+                                              fourCharacterCode("QRVX"), 2, 0};
+
+std::vector<std::string> found(const AudioComponentDescription &key = searchKey)
+{
+    std::vector<std::string> uris;
+    for (const AVAudioUnitComponent &component :
+         AVAudioUnitComponentManager::shared().components(key))
+        uris.push_back(component.pluginURI());
+    return uris;
+}
+
+class ComponentRegistry : public LV2PathFixture
+{
+protected:
+    /// What a search writes to standard error.
+    static std::string complaints()
+    {
+        testing::internal::CaptureStderr();
+        found();
+        return testing::internal::GetCapturedStderr();
+    }
+};
+
+} // namespace
+
+TEST_F(ComponentRegistry, FindsTheComponentAsRegistered)
+{
+    addManifest("a.lv2", manifest("urn:test:a",
+                                  R"(; au:type "aumf" ; au:subtype "zvqr" ;
+                                     au:manufacturer "QRVX" ; au:flags 14 )"));
+    addManifest("b.lv2", manifest("urn:test:b"));
+    const auto components = AVAudioUnitComponentManager::shared().components(searchKey);
+    ASSERT_EQ(components.size(), 1U);
+    EXPECT_EQ(components[0].pluginURI(), "urn:test:a");
+    EXPECT_EQ(components[0].audioComponentDescription(),
+              (AudioComponentDescription{fourCharacterCode("aumf"), fourCharacterCode("zvqr"),
+                                         fourCharacterCode("QRVX"), 14, 0}));
+}
+
+TEST_F(ComponentRegistry, FindsNothingInAnEmptyOrMissingFolder)
+{
+    EXPECT_THAT(found(), IsEmpty());
+    usePath((folder() / "missing").string() + "::");
+    EXPECT_THAT(found(), IsEmpty());
+    usePath("");
+    EXPECT_THAT(found({}), IsEmpty());
+}
+
+TEST_F(ComponentRegistry, CountsFlagsUnderTheMaskAlone)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    AudioComponentDescription wanted = searchKey;
+    wanted.componentFlags = 1;
+    EXPECT_THAT(found(wanted), ElementsAre("urn:test:a"));
+    wanted.componentFlagsMask = 1;
+    EXPECT_THAT(found(wanted), IsEmpty());
+    wanted.componentFlags = 2;
+    wanted.componentFlagsMask = 3;
+    EXPECT_THAT(found(wanted), ElementsAre("urn:test:a"));
+}
+
+TEST_F(ComponentRegistry, LetsAZeroCodeMatchAny)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    AudioComponentDescription wanted = searchKey;
+    wanted.componentType = 0;
+    EXPECT_THAT(found(wanted), ElementsAre("urn:test:a"));
+    wanted.componentSubType = 0;
+    EXPECT_THAT(found(wanted), ElementsAre("urn:test:a"));
+    wanted.componentManufacturer = 0;
+    EXPECT_THAT(found(wanted), ElementsAre("urn:test:a"));
+    wanted.componentManufacturer = fourCharacterCode("ELSE");
+    EXPECT_THAT(found(wanted), IsEmpty());
+}
+
+TEST_F(ComponentRegistry, KeepsTheOrderOfPathAndNamesWithTheStandInLast)
+{
+    std::filesystem::create_directories(folder() / "second" / "c.lv2");
+    addManifest("z.lv2", manifest("urn:test:z", key));
+    addManifest("a.lv2", manifest("urn:qrvx:parvane", key));
+    addManifest("m.lv2", manifest("urn:test:m", key));
+    std::ofstream(folder() / "second" / "c.lv2" / "manifest.ttl") << manifest("urn:test:c", key);
+    usePath(folder().string() + ":" + (folder() / "second").string());
+    for (int i = 0; i < 3; ++i)
+        EXPECT_THAT(found(),
+                    ElementsAre("urn:test:m", "urn:test:z", "urn:test:c", "urn:qrvx:parvane"));
+}
+
+TEST_F(ComponentRegistry, SeesABundleOnceHoweverItIsReached)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    std::filesystem::create_directory_symlink(folder() / "a.lv2", folder() / "b.lv2");
+    std::filesystem::create_directory_symlink(folder(), folder() / "again");
+    usePath(folder().string() + ":" + (folder() / "again").string());
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+}
+
+TEST_F(ComponentRegistry, TakesAPluginFromTheFirstBundleThatGivesItAKey)
+{
+    addManifest("a.lv2", manifest("urn:test:a"));
+    addManifest("b.lv2", manifest("urn:test:a", key));
+    addManifest("c.lv2", manifest("urn:test:a", key));
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    EXPECT_THAT(found({}), ElementsAre("urn:test:a"));
+    EXPECT_THAT(platform::audio::bundlesOfPlugin("urn:test:a"),
+                ElementsAre((folder() / "b.lv2").string()));
+}
+
+TEST_F(ComponentRegistry, PassesOverAHugeManifestWithOneLine)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    addManifest("huge.lv2", manifest("urn:test:huge", key) + std::string(2'000'000, '\n'));
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    const std::string said = complaints();
+    EXPECT_THAT(said, HasSubstr("huge.lv2"));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+}
+
+TEST_F(ComponentRegistry, PassesOverBrokenManifests)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key) + "<urn:test:a> lv2:name \"never closed");
+    addManifest("b.lv2", manifest("urn:test:b", key) + "nope:nothing a lv2:Plugin .");
+    addManifest("c.lv2", manifest("urn:test:c", key) + "<urn:c> <urn:p> " +
+                             std::string(400'000, '[') + " .");
+    addManifest("d.lv2", manifest("urn:test:d", key));
+    addManifest("e.lv2", std::string("urn:qrvx:audio-component#\0\xFF\xFE", 28));
+    EXPECT_THAT(found(), ElementsAre("urn:test:d"));
+    EXPECT_THAT(complaints(), HasSubstr("a.lv2 is passed over"));
+}
+
+TEST_F(ComponentRegistry, IgnoresWhatIsNoManifest)
+{
+    std::filesystem::create_directories(folder() / "folder.lv2" / "manifest.ttl");
+    std::filesystem::create_directories(folder() / "pipe.lv2");
+    ASSERT_EQ(::mkfifo((folder() / "pipe.lv2" / "manifest.ttl").c_str(), 0600), 0);
+    std::ofstream(folder() / "file.lv2") << "x";
+    addManifest("empty.lv2", "");
+    EXPECT_THAT(found({}), IsEmpty());
+}
+
+TEST_F(ComponentRegistry, DoesNotCountAKeyThatIsNotWhole)
+{
+    addManifest("a.lv2", manifest("urn:test:a", R"(; au:type "aumf" ; au:subtype "zvqr" )"));
+    addManifest("b.lv2", manifest("urn:test:b", R"(; au:type "aumf" ; au:subtype "long code" ;
+                                                     au:manufacturer "QRVX" )"));
+    EXPECT_THAT(found(), IsEmpty());
+    EXPECT_THAT(complaints(), HasSubstr("<urn:test:a>"));
+}
+
+TEST_F(ComponentRegistry, ReadsThePathAnewForEachSearch)
+{
+    EXPECT_THAT(found(), IsEmpty());
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    std::filesystem::remove_all(folder() / "a.lv2");
+    EXPECT_THAT(found(), IsEmpty());
+}
+
+TEST_F(ComponentRegistry, ExpandsThePath)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    ::setenv("TEST_LV2_FOLDER", folder().c_str(), 1);
+    usePath("$TEST_LV2_FOLDER");
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    const char *home = std::getenv("HOME");
+    const std::string formerHome = home ? home : "";
+    ::setenv("HOME", folder().parent_path().c_str(), 1);
+    usePath("~/" + folder().filename().string());
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    ::setenv("HOME", formerHome.c_str(), 1);
+}
+
+TEST_F(ComponentRegistry, DerivesADescriptionWhereNoneIsGiven)
+{
+    for (const char *bundle : {"midi", "ports", "amplifier"})
+        link(bundle);
+    const auto typeOf = [](const std::string &uri) {
+        const auto components =
+            AVAudioUnitComponentManager::shared().components(derivedDescription(uri));
+        EXPECT_EQ(components.size(), 1U) << uri;
+        EXPECT_EQ(components.at(0).pluginURI(), uri);
+        return components.at(0).audioComponentDescription().componentType;
+    };
+    EXPECT_EQ(typeOf("urn:test:mono"), fourCharacterCode("aufx"));
+    EXPECT_EQ(typeOf("urn:test:curious"), fourCharacterCode("augn"));
+    EXPECT_EQ(typeOf("urn:test:midi:echo"), fourCharacterCode("aumi"));
+}
+
+TEST_F(ComponentRegistry, TellsTypesFromThePortsOfInstalledPlugins)
+{
+    usePath("/usr/lib/lv2");
+    const auto typeOf = [](const std::string &uri) -> std::uint32_t {
+        for (const auto &component :
+             AVAudioUnitComponentManager::shared().components(derivedDescription(uri)))
+            if (component.pluginURI() == uri)
+                return component.audioComponentDescription().componentType;
+        return 0;
+    };
+    if (typeOf("http://lv2plug.in/plugins/eg-amp") == 0)
+        GTEST_SKIP() << "needs lv2-examples";
+    EXPECT_EQ(typeOf("http://lv2plug.in/plugins/eg-amp"), fourCharacterCode("aufx"));
+    EXPECT_EQ(typeOf("http://lv2plug.in/plugins/eg-midigate"), fourCharacterCode("aumf"));
+    EXPECT_EQ(typeOf("http://lv2plug.in/plugins/eg-sampler"), fourCharacterCode("aumu"));
+    EXPECT_EQ(typeOf("http://lv2plug.in/plugins/eg-fifths"), fourCharacterCode("aumi"));
+    EXPECT_EQ(typeOf("http://lv2plug.in/plugins/eg-metro"), fourCharacterCode("augn"));
+}
+
+TEST_F(ComponentRegistry, NamesTheBundlesOfAPluginAndOfItsPresets)
+{
+    link("amplifier");
+    addManifest("more.lv2", "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+                            "<urn:preset> a <http://lv2plug.in/ns/ext/presets#Preset> ;"
+                            " lv2:appliesTo <urn:test:amplifier> .");
+    EXPECT_THAT(
+        platform::audio::bundlesOfPlugin("urn:test:amplifier"),
+        ElementsAre((folder() / "amplifier.lv2").string(), (folder() / "more.lv2").string()));
+    EXPECT_THAT(platform::audio::bundlesOfPlugin("urn:test:nowhere"), IsEmpty());
+}

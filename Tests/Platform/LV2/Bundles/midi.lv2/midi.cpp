@@ -1,0 +1,148 @@
+#include "../TestPlugin.hpp"
+
+#include <lv2/atom/atom.h>
+#include <lv2/midi/midi.h>
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+namespace
+{
+
+std::uint32_t padded(std::uint32_t size)
+{
+    return (size + 7U) & ~7U;
+}
+
+/// Port 0 takes MIDI, port 1 emits it.
+class Ports
+{
+public:
+    Ports(double, const LV2_Feature *const *features)
+        : midi_(testplugin::map(features, LV2_MIDI__MidiEvent)),
+          sequence_(testplugin::map(features, LV2_ATOM__Sequence))
+    {
+    }
+
+    void connect(std::uint32_t port, void *data)
+    {
+        (port == 0 ? in_ : out_) = static_cast<LV2_Atom_Sequence *>(data);
+    }
+
+    static const void *extension(const char *) { return nullptr; }
+
+protected:
+    void begin()
+    {
+        room_ = out_->atom.size;
+        out_->atom.type = sequence_;
+        out_->atom.size = sizeof(LV2_Atom_Sequence_Body);
+        out_->body = {};
+    }
+
+    void emit(std::int64_t frame, const void *bytes, std::uint32_t size)
+    {
+        const auto whole = static_cast<std::uint32_t>(sizeof(LV2_Atom_Event)) + padded(size);
+        if (out_->atom.size + whole > room_)
+            return;
+        auto *end = reinterpret_cast<std::byte *>(out_) + sizeof(LV2_Atom) + out_->atom.size;
+        LV2_Atom_Event event{};
+        event.time.frames = frame;
+        event.body = {size, midi_};
+        std::memcpy(end, &event, sizeof event);
+        std::memcpy(end + sizeof event, bytes, size);
+        out_->atom.size += whole;
+    }
+
+    const LV2_Atom_Sequence &input() const { return *in_; }
+    LV2_Atom_Sequence &output() { return *out_; }
+    LV2_URID midi() const { return midi_; }
+
+private:
+    LV2_URID midi_;
+    LV2_URID sequence_;
+    std::uint32_t room_ = 0;
+    LV2_Atom_Sequence *in_ = nullptr;
+    LV2_Atom_Sequence *out_ = nullptr;
+};
+
+/// Emits what it gets.
+class Echo : public Ports
+{
+public:
+    using Ports::Ports;
+
+    void run(std::uint32_t)
+    {
+        begin();
+        const auto *start = reinterpret_cast<const std::byte *>(&input());
+        std::size_t offset = sizeof(LV2_Atom_Sequence);
+        while (offset < sizeof(LV2_Atom) + input().atom.size) {
+            const auto *event = reinterpret_cast<const LV2_Atom_Event *>(start + offset);
+            if (event->body.type == midi())
+                emit(event->time.frames, event + 1, event->body.size);
+            offset += sizeof(LV2_Atom_Event) + padded(event->body.size);
+        }
+    }
+};
+
+/// Emits messages of 1, 2, 3 and 300 bytes in every block.
+class Flood : public Ports
+{
+public:
+    using Ports::Ports;
+
+    void run(std::uint32_t)
+    {
+        const std::array<std::uint8_t, 3> note{0x90, 60, 100};
+        std::array<std::uint8_t, 300> dump{};
+        dump.front() = 0xF0;
+        dump.back() = 0xF7;
+        begin();
+        emit(0, "\xF8", 1);
+        emit(1, "\xC0\x05", 2);
+        emit(2, note.data(), 3);
+        emit(3, dump.data(), 300);
+    }
+};
+
+/// Claims events that reach far beyond the buffer.
+class Liar : public Ports
+{
+public:
+    using Ports::Ports;
+
+    void run(std::uint32_t)
+    {
+        begin();
+        emit(0, "\xF8", 1);
+        LV2_Atom_Event event{};
+        event.body = {0xFFFFFFF0U, midi()};
+        std::memcpy(reinterpret_cast<std::byte *>(&output()) + sizeof(LV2_Atom) +
+                        output().atom.size,
+                    &event, sizeof event);
+        output().atom.size += 4096;
+    }
+};
+
+/// Claims a sequence longer than its buffer.
+class Braggart : public Ports
+{
+public:
+    using Ports::Ports;
+
+    void run(std::uint32_t)
+    {
+        begin();
+        emit(0, "\xF8", 1);
+        output().atom.size = 0x7FFFFFFFU;
+    }
+};
+
+} // namespace
+
+TEST_PLUGINS(testplugin::describe<Echo>("urn:test:midi:echo"),
+             testplugin::describe<Flood>("urn:test:midi:flood"),
+             testplugin::describe<Liar>("urn:test:midi:liar"),
+             testplugin::describe<Braggart>("urn:test:midi:braggart"))
