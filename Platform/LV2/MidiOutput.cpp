@@ -15,7 +15,7 @@ struct Head {
 };
 
 // A second of a MIDI cable's 3,125 bytes many times over.
-constexpr std::size_t ringSize = 128U * 1024U;
+constexpr std::size_t ringSize = 131072;
 
 } // namespace
 
@@ -23,6 +23,7 @@ MidiOutput::MidiOutput() : ring_(ringSize) {}
 
 void MidiOutput::push(const Event &event) noexcept
 {
+    ++count_;
     const Head head{event.sampleTime, event.output};
     if (!ring_.write(std::as_bytes(std::span(&head, 1)), std::as_bytes(event.bytes)))
         lost_.fetch_add(1, std::memory_order_relaxed);
