@@ -33,6 +33,14 @@ constexpr auto watchInterval = std::chrono::milliseconds(100);
 // lives asks every few milliseconds.
 constexpr auto deviceSilence = std::chrono::seconds(2);
 
+bool hasFrames(const RenderPlan &plan)
+{
+    return std::all_of(plan.players.begin(), plan.players.end(),
+                       [](const RenderPlan::Player &player) {
+                           return player.core->hasFrames(player.framesPerBlock);
+                       });
+}
+
 } // namespace
 
 EngineCore::EngineCore(std::unique_ptr<OutputDevice> device)
@@ -162,13 +170,16 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
         if (frames > maximumFrames_ || frames > buffer.frameCapacity())
             throw PlatformError("More frames than agreed were asked for");
     }
-    // Without the mutex: what the wait is for may change the graph.
-    const std::shared_ptr<const Players> players = players_.load();
-    for (const RenderPlan::Player &player : *players)
-        player.core->waitForFrames(player.framesPerBlock);
-
+    RenderPlan *plan = plan_.acquire();
+    if (plan != nullptr && !hasFrames(*plan)) {
+        // Without plan and mutex: what the wait is for may change the graph.
+        plan_.release();
+        const std::shared_ptr<const Players> players = players_.load();
+        for (const RenderPlan::Player &player : *players)
+            player.core->waitForFrames(player.framesPerBlock);
+        plan = plan_.acquire();
+    }
     const DenormalMode noDenormals;
-    RenderPlan *const plan = plan_.acquire();
     const float *const *const rendered = plan != nullptr ? plan->last->pull(frames) : nullptr;
     for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel) {
         float *const to = buffer.floatChannelData()[channel];

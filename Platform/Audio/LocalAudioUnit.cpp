@@ -207,7 +207,9 @@ bool LocalAudioUnit::render(const AURenderBlock &block) noexcept
     Instance *instance = rendering_.load(std::memory_order_acquire);
     if (!instance || !instance->run(block.input, block.output, block.frames, block.sampleTime))
         return false;
-    if (rendersOffline_ && midiThread_)
+    // Without an event there is nothing that the caller could find missing.
+    const std::uint64_t events = exchange_->midiOutput.count();
+    if (rendersOffline_ && midiThread_ && std::exchange(eventsSeen_, events) != events)
         midiThread_->runNow();
     return true;
 }

@@ -8,6 +8,7 @@
 #include "Platform/LV2/PollingThread.hpp"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -77,6 +78,7 @@ private:
     bool rendersOffline_ = false;
     // The instance while render resources are allocated, for the callback.
     std::atomic<platform::lv2::Instance *> rendering_{nullptr};
+    std::uint64_t eventsSeen_ = 0; // by the callback
     const std::shared_ptr<platform::audio::MIDIDelivery> delivery_;
     // Only where the plug-in emits or says something.
     std::unique_ptr<platform::lv2::PollingThread> midiThread_;

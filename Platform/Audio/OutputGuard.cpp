@@ -11,17 +11,48 @@ namespace
 {
 
 // As integers, the magnitudes of floats keep their order, and all that is not
-// finite lies at or above infinity: one pass of integer arithmetic finds both.
-constexpr std::uint32_t magnitudeMask = 0x7FFFFFFFU;
-constexpr std::uint32_t infinity = 0x7F800000U;
-constexpr std::uint32_t one = 0x3F800000U;
+// finite lies at or above infinity: integer arithmetic finds both.
+constexpr std::int32_t magnitudeMask = 0x7FFFFFFF;
+constexpr std::int32_t infinity = 0x7F800000;
+constexpr std::int32_t one = 0x3F800000;
+constexpr std::uint32_t stereo = 2;
 
-REALTIME std::uint32_t greatestMagnitude(const float *samples, std::uint32_t count) noexcept
+REALTIME std::int32_t magnitude(float sample) noexcept
 {
-    std::uint32_t greatest = 0;
-    for (std::uint32_t index = 0; index < count; ++index)
-        greatest = std::max(greatest, std::bit_cast<std::uint32_t>(samples[index]) & magnitudeMask);
-    return greatest;
+    return std::bit_cast<std::int32_t>(sample) & magnitudeMask;
+}
+
+// The two loops that every block goes through answer whether a sample is out of
+// range. They have no branches, so that the compiler makes vectors of them.
+REALTIME bool interleaveStereo(const float *__restrict left, const float *__restrict right,
+                               std::uint32_t frames, float *__restrict samples) noexcept
+{
+    std::int32_t outside = 0;
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        outside |= magnitude(left[frame]) > one ? 1 : 0;
+        outside |= magnitude(right[frame]) > one ? 1 : 0;
+        samples[stereo * frame] = left[frame];
+        samples[stereo * frame + 1] = right[frame];
+    }
+    return outside != 0;
+}
+
+REALTIME bool interleave(const float *const *channels, std::uint32_t channelCount,
+                         std::uint32_t frames, float *samples) noexcept
+{
+    std::int32_t outside = 0;
+    for (std::size_t channel = 0; channel < channelCount; ++channel)
+        for (std::size_t frame = 0; frame < frames; ++frame) {
+            const float sample = channels[channel][frame];
+            outside |= magnitude(sample) > one ? 1 : 0;
+            samples[frame * channelCount + channel] = sample;
+        }
+    return outside != 0;
+}
+
+REALTIME bool isFinite(float sample) noexcept
+{
+    return magnitude(sample) < infinity;
 }
 
 } // namespace
@@ -29,23 +60,20 @@ REALTIME std::uint32_t greatestMagnitude(const float *samples, std::uint32_t cou
 void OutputGuard::pass(const float *const *channels, std::uint32_t channelCount,
                        std::uint32_t frames, float *samples) noexcept
 {
-    std::uint32_t greatest = 0;
-    for (std::uint32_t channel = 0; channel < channelCount; ++channel)
-        greatest = std::max(greatest, greatestMagnitude(channels[channel], frames));
-    if (greatest >= infinity) {
+    const bool outside = channelCount == stereo
+                             ? interleaveStereo(channels[0], channels[1], frames, samples)
+                             : interleave(channels, channelCount, frames, samples);
+    if (!outside)
+        return;
+    float *const end = samples + static_cast<std::size_t>(frames) * channelCount;
+    if (!std::all_of(samples, end, isFinite)) {
         sawNonFinite_.store(true, std::memory_order_relaxed);
-        std::fill_n(samples, static_cast<std::size_t>(frames) * channelCount, 0.0F);
+        std::fill(samples, end, 0.0F);
         return;
     }
-    const bool tooLoud = greatest > one;
-    if (tooLoud)
-        sawTooLoud_.store(true, std::memory_order_relaxed);
-    for (std::uint32_t channel = 0; channel < channelCount; ++channel) {
-        const float *const from = channels[channel];
-        float *to = samples + channel;
-        for (std::uint32_t frame = 0; frame < frames; ++frame, to += channelCount)
-            *to = tooLoud ? std::clamp(from[frame], -1.0F, 1.0F) : from[frame];
-    }
+    sawTooLoud_.store(true, std::memory_order_relaxed);
+    for (float *sample = samples; sample != end; ++sample)
+        *sample = std::clamp(*sample, -1.0F, 1.0F);
 }
 
 } // namespace platform::audio

@@ -93,7 +93,6 @@ void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhea
     auto ring = std::make_unique<SampleRing>(format, framesAhead);
     if (ahead)
         ring->write(ahead->floatChannelData(), 0, ahead->frameLength());
-    refillBelow_ = ring->capacity() / 2;
     ring_.exchange(std::move(ring));
     changed();
 }
@@ -128,15 +127,25 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
     return ahead;
 }
 
+bool PlayerCore::hasFrames(std::uint32_t frames) noexcept
+{
+    return !playing_ || framesReady() >= frames;
+}
+
+// Decodes on the calling thread, whose cache then holds what is read next; that the
+// feeder would decode meanwhile does not make up for handing it over. Only what
+// has to happen on the feeder is left to it.
 void PlayerCore::waitForFrames(std::uint32_t frames)
 {
-    if (!playing_ || framesReady() >= std::max(frames, refillBelow_.load()))
+    if (hasFrames(frames))
         return;
     Lock lock(mutex_);
     for (;;) {
-        changed();
+        while (framesReady() < frames && feedFrames())
+            continue;
         if (framesReady() >= frames)
-            return; // and the feeder goes on meanwhile
+            return;
+        changed();
         feederRests_.wait(lock, [this] { return !awake_; });
         if (framesReady() >= frames)
             return;
@@ -193,27 +202,15 @@ void PlayerCore::runFeeder()
 // Does the next small piece of work; answers whether there was any.
 bool PlayerCore::feedOneStep(Lock &lock)
 {
-    if (!feed_)
-        return false;
-    if (feed_->frames() > 0) {
-        const std::uint32_t written =
-            ring_.get()->write(feed_->channels(), feed_->offset(), feed_->frames());
-        feed_->take(written);
-        return written > 0;
-    }
-    if (headBegun_ && feed_->hasFile()) {
-        feed_->produce();
+    if (feedFrames())
         return true;
-    }
+    if (!feed_ || feed_->frames() > 0)
+        return false;
     if (headBegun_) {
         // A file is not played through before the node plays.
         if (!playing_)
             return false;
         completeHead(lock);
-        return true;
-    }
-    if (!queue_.empty()) {
-        beginHead();
         return true;
     }
     if (feed_->holdsBack() && (drainWanted_ || ringRunsLow())) {
@@ -222,6 +219,26 @@ bool PlayerCore::feedOneStep(Lock &lock)
         return true;
     }
     return false;
+}
+
+// The same for what brings frames of the queued files.
+bool PlayerCore::feedFrames()
+{
+    if (!feed_)
+        return false;
+    if (feed_->frames() > 0) {
+        const std::uint32_t written =
+            ring_.get()->write(feed_->channels(), feed_->offset(), feed_->frames());
+        feed_->take(written);
+        return written > 0;
+    }
+    if (headBegun_ ? !feed_->hasFile() : queue_.empty())
+        return false;
+    if (headBegun_)
+        feed_->produce();
+    else
+        beginHead();
+    return true;
 }
 
 void PlayerCore::beginHead()

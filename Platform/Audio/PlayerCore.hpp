@@ -42,6 +42,10 @@ public:
     /// Frames read ahead in another format are converted, not lost.
     void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead);
 
+    /// Whether `frames` frames can be read, or none are to be had because it does
+    /// not play. On the thread that reads.
+    bool hasFrames(std::uint32_t frames) noexcept;
+
     /// For deterministic rendering: returns when `frames` frames can be read, or
     /// when nothing that is queued, completing or under way on a serial queue can
     /// bring more. On the thread that reads.
@@ -66,6 +70,7 @@ private:
 
     void runFeeder();
     bool feedOneStep(Lock &lock);
+    bool feedFrames();
     void beginHead();
     void completeHead(Lock &lock);
     void runCompletions(Lock &lock, Queue done);
@@ -76,7 +81,6 @@ private:
     std::unique_ptr<AVAudioPCMBuffer> takeFramesAhead();
 
     std::atomic<bool> playing_{false};
-    std::atomic<std::uint32_t> refillBelow_{0}; // frames
     Published<SampleRing> ring_;
 
     std::mutex mutex_; // guards what follows, and the writing end of the ring

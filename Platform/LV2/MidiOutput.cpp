@@ -23,6 +23,7 @@ MidiOutput::MidiOutput() : ring_(ringSize) {}
 
 void MidiOutput::push(const Event &event) noexcept
 {
+    ++count_;
     const Head head{event.sampleTime, event.output};
     if (!ring_.write(std::as_bytes(std::span(&head, 1)), std::as_bytes(event.bytes)))
         lost_.fetch_add(1, std::memory_order_relaxed);

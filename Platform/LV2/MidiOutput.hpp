@@ -29,6 +29,9 @@ public:
     /// On the audio callback. An event for which there is no room is counted as lost.
     REALTIME void push(const Event &event) noexcept;
 
+    /// How many events there have been, lost ones too. On the audio callback.
+    REALTIME std::uint64_t count() const noexcept { return count_; }
+
     /// The next event, valid until the next call. One thread at a time.
     std::optional<Event> pop();
 
@@ -37,6 +40,7 @@ public:
 
 private:
     MessageRing ring_;
+    std::uint64_t count_ = 0;
     std::atomic<std::uint64_t> lost_{0};
 };
 

@@ -22,7 +22,7 @@ public:
         leave();
         return false;
     }
-    REALTIME void leave() noexcept { inside_.store(false); }
+    REALTIME void leave() noexcept { inside_.store(false, std::memory_order_release); }
 
     /// Closes the gate for its lifetime; made, the callback is outside. One at a
     /// time, never on the audio callback.
@@ -39,8 +39,8 @@ public:
     };
 
 private:
-    // Both with the sequentially consistent order: of a callback that enters and
-    // a closer, at least one sees the other.
+    // Entering and closing take the sequentially consistent order: of a callback
+    // that enters and a closer, at least one sees the other.
     std::atomic<bool> inside_{false};
     std::atomic<bool> closed_{false};
 };

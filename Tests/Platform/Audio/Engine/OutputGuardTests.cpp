@@ -4,7 +4,10 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <vector>
 
 namespace
 {
@@ -50,6 +53,35 @@ TEST(OutputGuard, SilencesABlockThatIsNotFinite)
         EXPECT_EQ(passed(guard, {0.25F, 0.5F, 0.5F}, {0, bad, 0}), Interleaved{});
         EXPECT_TRUE(guard.sawNonFinite());
     }
+}
+
+// The compiler renders many frames at a time: none of them may be missed, nor one
+// of those left over.
+TEST(OutputGuard, FindsABadSampleWhereverItStands)
+{
+    constexpr std::uint32_t frames = 37;
+    for (const std::uint32_t channelCount : {1U, 2U, 3U})
+        for (std::size_t bad = 0; bad < frames * channelCount; ++bad) {
+            std::vector<std::vector<float>> audio(channelCount, std::vector<float>(frames, 0.5F));
+            std::vector<const float *> channels;
+            for (const std::vector<float> &channel : audio)
+                channels.push_back(channel.data());
+            std::vector<float> out(frames * channelCount, 99.0F);
+
+            OutputGuard guard;
+            audio[bad % channelCount][bad / channelCount] = -3.0F;
+            guard.pass(channels.data(), channelCount, frames, out.data());
+            std::vector<float> limited(out.size(), 0.5F);
+            limited[bad] = -1.0F;
+            EXPECT_EQ(out, limited);
+            EXPECT_TRUE(guard.sawTooLoud());
+            EXPECT_FALSE(guard.sawNonFinite());
+
+            audio[bad % channelCount][bad / channelCount] = std::nanf("");
+            guard.pass(channels.data(), channelCount, frames, out.data());
+            EXPECT_EQ(out, std::vector<float>(out.size(), 0.0F));
+            EXPECT_TRUE(guard.sawNonFinite());
+        }
 }
 
 } // namespace
