@@ -45,15 +45,14 @@ const float *samples(const AVFrame &frame, std::size_t channel)
 
 } // namespace
 
-std::int64_t decodeBarely(const std::string &path, Channels &channels)
+void decodeBarely(const std::string &path, Channels &channels,
+                  const std::function<void(std::size_t)> &take)
 {
-    std::int64_t frames = 0;
     decode(path, [&](const AVFrame &frame) {
         for (std::size_t channel = 0; channel < channels.size(); ++channel)
             std::copy_n(samples(frame, channel), frame.nb_samples, channels[channel].data());
-        frames += frame.nb_samples;
+        take(static_cast<std::size_t>(frame.nb_samples));
     });
-    return frames;
 }
 
 Channels decodedFrames(const std::string &path, std::size_t channelCount, std::size_t frames)
