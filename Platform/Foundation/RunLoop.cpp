@@ -19,10 +19,14 @@ GMainLoop *mainLoop()
     return loop;
 }
 
-void requireMainThread()
+/// What has to be there before the loop turns.
+void prepareToTurn()
 {
     if (!platform::foundation::isMainThread())
         fatalError("The main run loop was run on another thread");
+    // The main queue is served by the loop from its first turn on, whoever uses
+    // the queue first.
+    DispatchQueue::main();
 }
 
 /// Ends a turn of the main context every `seconds`, for as long as it lives.
@@ -58,7 +62,7 @@ RunLoop &RunLoop::main()
 
 void RunLoop::run()
 {
-    requireMainThread();
+    prepareToTurn();
     g_main_loop_run(mainLoop());
 }
 
@@ -69,7 +73,7 @@ void RunLoop::stop()
 
 bool RunLoop::runUntil(const std::function<bool()> &condition, double timeout)
 {
-    requireMainThread();
+    prepareToTurn();
     using Seconds = std::chrono::duration<double>;
     const auto start = std::chrono::steady_clock::now();
     const Alarm alarm(timeout);

@@ -39,10 +39,11 @@ class Display:
 
 
 class Installation:
-    """A copy of the built program with demonstration loops of half a second, in
-    a temporary folder, as `with Installation(build_folder) as installation:`."""
+    """A copy of the built program with short demonstration loops, in a temporary
+    folder, as `with Installation(build_folder) as installation:`."""
 
-    def __init__(self, build):
+    def __init__(self, build, loop_seconds=0.5):
+        self.loop_seconds = loop_seconds
         self.build = pathlib.Path(build)
         self.root = pathlib.Path(tempfile.mkdtemp(prefix="parvane-end-to-end-"))
         self.program = self.root / "bin" / "parvane-host"
@@ -73,7 +74,8 @@ class Installation:
         first = self.resources / "1.m4a"
         subprocess.run(
             ["ffmpeg", "-v", "error", "-f", "lavfi", "-i",
-             "sine=frequency=330:sample_rate=48000:duration=0.5,volume=4,aformat=channel_layouts=stereo",
+             f"sine=frequency=330:sample_rate=48000:duration={self.loop_seconds},volume=4,"
+             "aformat=channel_layouts=stereo",
              "-c:a", "aac", "-b:a", "128k", str(first)], check=True)
         for number in range(2, 81):
             shutil.copy2(first, self.resources / f"{number}.m4a")
@@ -136,6 +138,11 @@ class Program:
             except queue.Empty:
                 raise AssertionError(f"'{text}' was not printed {count} times in:\n" +
                                      "\n".join(self.lines + self.errors)) from None
+
+    def resident_memory(self):
+        """In KiB."""
+        status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
+        return int(status.split("VmRSS:")[1].split()[0])
 
     def end_with(self, number):
         """Sends a signal and answers the exit status."""
