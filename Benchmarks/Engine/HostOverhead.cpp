@@ -61,6 +61,7 @@ double seconds(const Cost &cost, Clock clock)
 double medianMilliseconds(const std::vector<Cost> &costs, Clock clock)
 {
     std::vector<double> values;
+    values.reserve(costs.size());
     for (const Cost &cost : costs)
         values.push_back(1e3 * seconds(cost, clock));
     return median(std::move(values));
