@@ -69,6 +69,7 @@ TEST_F(DiagnosticPrintingTest, KeepsTheOrderOfEachThreadsLines)
     constexpr int threadCount = 4;
     constexpr int linesEach = 200;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([thread] {
             for (int i = 0; i < linesEach; ++i) {

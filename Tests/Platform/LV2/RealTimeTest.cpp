@@ -34,7 +34,7 @@ RealtimeProbe::Counts forbiddenCallsOf(HeldPlugin &held, std::size_t inputs, std
     for (int block = 0; block < 200; ++block) {
         RealtimeProbe::enter();
         held.exchange.midiInput.push(64, note);
-        held.instance.run(in.constData(), out.data(), 128, block * 128);
+        held.instance.run(in.constData(), out.data(), 128, std::int64_t{block} * 128);
         counts += RealtimeProbe::leave();
     }
     return counts;
