@@ -49,9 +49,7 @@ function(parvane_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} GTest::gmock
         GTest::gtest_main)
-    target_compile_definitions(${name} PRIVATE
-        TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}"
-        TEST_SCRATCH_DIR="${CMAKE_CURRENT_BINARY_DIR}")
+    target_compile_definitions(${name} PRIVATE TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
     set(properties TIMEOUT ${ARG_TIMEOUT})
     if(ARG_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)

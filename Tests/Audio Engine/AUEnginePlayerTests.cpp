@@ -20,6 +20,8 @@
 namespace
 {
 
+using test::drainMainQueue;
+using test::linesOf;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::FloatEq;
@@ -411,7 +413,7 @@ TEST_F(AUEnginePlayerTest, ConnectingBeforeAnyFileLeavesTheEffectToTheFirstLoad)
 TEST_F(AUEnginePlayerTest, LoadingThroughTheEffectPrintsTheFilesChannelCount)
 {
     const std::string mono = folder.path().string() + "/mono.m4a";
-    writeWaveFile(mono, 0.25F, fileFrames, 1);
+    test::writeWave(mono, test::constant(1, fileFrames, 0.25F), 48000);
     linesOf([&] { player->connect(gainUnit(1)); });
     EXPECT_EQ(linesOf([&] { player->load(URL::fileURLWithPath(mono)); }).at(3), "1");
 }
@@ -454,8 +456,8 @@ TEST_F(AUEnginePlayerTest, AnotherEffectReplacesTheOneBefore)
                             "AUEnginePlayer: Audio Unit was connected to the main mixer."));
     start();
     render(10);
-    EXPECT_FALSE(first->allocated);
-    EXPECT_TRUE(unit->allocated);
+    EXPECT_FALSE(first->renderResourcesAllocated());
+    EXPECT_TRUE(unit->renderResourcesAllocated());
 }
 
 TEST_F(AUEnginePlayerTest, ConnectingNoneWithoutAnEffectResetsThePlayerAndCompletesFirst)
@@ -493,7 +495,7 @@ TEST_F(AUEnginePlayerTest, DisconnectTakesTheEffectOutWhilePlaying)
             "AUEnginePlayer: Performed audio unit disconnection.",
             "AUEnginePlayer: The audio unit was set to 'nil'."));
     EXPECT_THAT(render(fileFrames), Each(FloatEq(valueOf(number))));
-    EXPECT_FALSE(unit->allocated);
+    EXPECT_FALSE(unit->renderResourcesAllocated());
 }
 
 TEST_F(AUEnginePlayerTest, FinalizeStopsThenDisconnects)
@@ -527,7 +529,7 @@ protected:
     MIDITest()
     {
         const auto effect = gainUnit(1);
-        unit->outputs = {"out"};
+        unit->midiOutputs = {"out"};
         lines = linesOf([&] { player->connect(effect); });
     }
 
@@ -594,7 +596,7 @@ TEST_F(MIDITest, ALongerEventIsCut)
 
 TEST_F(AUEnginePlayerDeathTest, AMissingAudioDriverIsFatal)
 {
-    setenv("SDL_AUDIODRIVER", "no such driver", 1);
+    soundDriver.set("no such driver");
     EXPECT_DEATH(player->setSessionActive(true),
                  "^Fatal error: AUEnginePlayer::ERROR: Could not set audio session active true. "
                  "system error: .+\\.\n");
@@ -647,7 +649,8 @@ TEST_F(AUEnginePlayerTest, TransportAndConnectionsMayComeFromDifferentThreads)
     linesOf([&] {
         std::thread connector([&] {
             while (!done) {
-                live->connect(std::make_shared<AVAudioUnit>(std::make_shared<GainUnit>(0.5F)));
+                live->connect(
+                    std::make_shared<AVAudioUnit>(std::make_shared<test::ScriptedUnit>()));
                 live->disconnect();
             }
         });

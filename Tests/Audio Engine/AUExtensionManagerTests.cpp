@@ -1,15 +1,15 @@
 #include "Audio Engine/AUExtensionManager.hpp"
 
-#include "Platform/Foundation/NSTimer.hpp"
 #include "Platform/Foundation/ProcessInfo.hpp"
+#include "Platform/Foundation/RunLoop.hpp"
 #include "Tests/Audio Engine/EnginePlayerFixture.hpp"
+#include "Tests/Utilities/StandInEffect.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,6 +20,8 @@
 namespace
 {
 
+using test::drainMainQueue;
+using test::linesOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Lines = std::vector<std::string>;
@@ -86,21 +88,13 @@ const std::string banner =
 class AUExtensionManagerTest : public ::testing::Test
 {
 protected:
-    AUExtensionManagerTest()
-    {
-        setenv("SDL_AUDIODRIVER", "dummy", 1);
-        setenv("LV2_PATH", EFFECT_FOLDER, 1);
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
-    }
+    AUExtensionManagerTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
     /// The lines until `expected` of them have come; the search runs on other threads.
-    static Lines awaitLines(const CapturedLines &captured, std::size_t expected)
+    static Lines awaitLines(const test::PrintedLines &printed, std::size_t expected)
     {
-        // What other threads print does not turn the loop.
-        const auto turns = NSTimer::scheduledTimer(0.002, true, [](NSTimer &) {});
-        RunLoop::main().runUntil([&] { return captured.lines().size() >= expected; }, 60);
-        turns->invalidate();
-        return captured.lines();
+        test::serveMainThreadUntil([&] { return printed.lines().size() >= expected; });
+        return printed.lines();
     }
 
     static Lines processLines()
@@ -112,6 +106,8 @@ protected:
                 ""};
     }
 
+    const test::EnvironmentVariable soundDriver{"SDL_AUDIODRIVER", "dummy"};
+    const test::StandInEffect effect;
     std::shared_ptr<ManagerRecorder> recorder = std::make_shared<ManagerRecorder>();
     std::shared_ptr<OpenExtensionManager> manager =
         std::make_shared<OpenExtensionManager>(recorder);
@@ -161,9 +157,9 @@ TEST_F(AUExtensionManagerTest, KeepsWhatItFound)
 TEST_F(AUExtensionManagerTest, WithoutAMatchPrintsOneLineAndTellsNobody)
 {
     manager->componentDescription.componentSubType = platform::audio::fourCharacterCode("none");
-    const CapturedLines captured;
+    const test::PrintedLines printed;
     manager->loadForRelease();
-    EXPECT_THAT(awaitLines(captured, 2),
+    EXPECT_THAT(awaitLines(printed, 2),
                 ElementsAre(banner, "ERROR: There were no audio units found."));
     EXPECT_THAT(recorder->units(), IsEmpty());
     EXPECT_FALSE(recorder->isInitialized());
@@ -181,7 +177,7 @@ TEST_F(AUExtensionManagerTest, AMissingComponentOrDescriptionIsOneLine)
 
 TEST_F(AUExtensionManagerTest, AUnitThatIsNotToBeHadIsTwoLines)
 {
-    const CapturedLines captured;
+    const test::PrintedLines printed;
     manager->selectAudioUnitWithComponentDescription(
         AudioComponentDescription{.componentType = 1,
                                   .componentSubType = 4294967295,
@@ -189,7 +185,7 @@ TEST_F(AUExtensionManagerTest, AUnitThatIsNotToBeHadIsTwoLines)
                                   .componentFlags = 4,
                                   .componentFlagsMask = 5},
         [] { ADD_FAILURE() << "completed"; });
-    EXPECT_THAT(awaitLines(captured, 2),
+    EXPECT_THAT(awaitLines(printed, 2),
                 ElementsAre("AudioComponentDescription(componentType: 1, componentSubType: "
                             "4294967295, componentManufacturer: 3, componentFlags: 4, "
                             "componentFlagsMask: 5)",
@@ -239,7 +235,7 @@ TEST_F(AUExtensionManagerDeathTest, AMissingDelegateAtTheConnectionIsFatal)
 
 TEST_F(AUExtensionManagerTest, WithAUnitItsPresetsAreReached)
 {
-    const auto unit = std::make_shared<GainUnit>(1.0F);
+    const auto unit = std::make_shared<test::ScriptedUnit>();
     manager->audioUnit = unit;
     EXPECT_THAT(manager->presets(), IsEmpty());
     EXPECT_FALSE(manager->currentPreset());
@@ -264,7 +260,7 @@ TEST_F(AUExtensionManagerTest, WithAUnitItsPresetsAreReached)
 
 TEST_F(AUExtensionManagerTest, WithoutAUnitSettingAPresetChangesNothing)
 {
-    const auto unit = std::make_shared<GainUnit>(1.0F);
+    const auto unit = std::make_shared<test::ScriptedUnit>();
     unit->knownPresets = {std::make_shared<AUAudioUnitPreset>(0, "Soft")};
     manager->audioUnit = unit;
     const auto preset = manager->presets().at(0);

@@ -3,16 +3,17 @@
 #include "Audio Engine/AUEnginePlayer.hpp"
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
-#include "Tests/Audio Engine/CapturedLines.hpp"
-#include "Tests/Audio Engine/GainUnit.hpp"
-#include "Tests/Audio Engine/WaveFile.hpp"
-#include "Tests/Platform/Foundation/TemporaryFolder.hpp"
+#include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/OfflineRenderer.hpp"
+#include "Tests/Utilities/PrintedLines.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
+#include "Tests/Utilities/WaveFile.hpp"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <utility>
@@ -60,11 +61,9 @@ protected:
 
     EnginePlayerFixture()
     {
-        setenv("SDL_AUDIODRIVER", "dummy", 1);
         GTEST_FLAG_SET(death_test_style, "threadsafe");
         for (int number = 1; number <= 80; ++number)
-            writeWaveFile(folder.path() / (std::to_string(number) + ".m4a"), valueOf(number),
-                          fileFrames, 2);
+            test::writeWave(pathOf(number), test::constant(2, fileFrames, valueOf(number)), 48000);
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(folder.path().string())));
         engine->enableManualRenderingMode(format, blockFrames);
         player->delegate.store(recorder);
@@ -72,9 +71,9 @@ protected:
 
     ~EnginePlayerFixture() override
     {
-        linesOf([this] {
+        test::linesOf([this] {
             player->stop();
-            drainMainQueue();
+            test::drainMainQueue();
         });
         Bundle::setMain(nullptr);
     }
@@ -86,12 +85,18 @@ protected:
     }
     URL urlOf(int number) const { return URL::fileURLWithPath(pathOf(number)); }
 
+    /// The lines that the main queue's waiting tasks write.
+    static std::vector<std::string> linesOfMainQueue()
+    {
+        return test::linesOf(test::drainMainQueue);
+    }
+
     /// The file of the last `file` event.
     std::string start()
     {
-        linesOf([this] {
+        test::linesOf([this] {
             player->start();
-            drainMainQueue();
+            test::drainMainQueue();
         });
         const auto events = recorder->take();
         return events.empty() ? "" : events.front().substr(std::string("file ").size());
@@ -99,7 +104,7 @@ protected:
 
     void loadQuietly(int number)
     {
-        linesOf([&] { player->load(urlOf(number)); });
+        test::linesOf([&] { player->load(urlOf(number)); });
         recorder->take();
     }
 
@@ -107,27 +112,21 @@ protected:
     /// wait on the main queue meanwhile.
     std::vector<float> render(std::uint32_t frames)
     {
-        std::vector<float> samples;
-        while (samples.size() < frames) {
-            const auto left = frames - static_cast<std::uint32_t>(samples.size());
-            engine->renderOffline(std::min(left, blockFrames), buffer);
-            const float *const from = buffer.floatChannelData()[0];
-            samples.insert(samples.end(), from, from + buffer.frameLength());
-        }
-        return samples;
+        return test::renderOffline(*engine, format, frames, blockFrames).front();
     }
 
     std::shared_ptr<AVAudioUnit> gainUnit(float gain)
     {
-        unit = std::make_shared<GainUnit>(gain);
+        unit = std::make_shared<test::ScriptedUnit>();
+        unit->gain = gain;
         return std::make_shared<AVAudioUnit>(unit);
     }
 
-    TemporaryFolder folder;
+    const test::EnvironmentVariable soundDriver{"SDL_AUDIODRIVER", "dummy"};
+    test::TemporaryFolder folder;
     AVAudioFormat format{48000.0, 2};
-    AVAudioPCMBuffer buffer{format, blockFrames};
     std::shared_ptr<AVAudioEngine> engine = std::make_shared<AVAudioEngine>();
     std::shared_ptr<PlayerRecorder> recorder = std::make_shared<PlayerRecorder>();
     std::shared_ptr<OpenEnginePlayer> player = std::make_shared<OpenEnginePlayer>(engine);
-    std::shared_ptr<GainUnit> unit;
+    std::shared_ptr<test::ScriptedUnit> unit;
 };

@@ -1,6 +1,7 @@
 #include "Effect/Ports.hpp"
-#include "Tests/Effect/AllocationCounter.hpp"
+#include "Platform/LV2/Lilv.hpp"
 #include "Tests/Effect/Signals.hpp"
+#include "Tests/Utilities/RealtimeProbe.hpp"
 
 #include <gtest/gtest.h>
 
@@ -25,23 +26,17 @@
 #include <vector>
 
 using effect::Port;
+using platform::lv2::Release;
+using test::RealtimeProbe;
 
 namespace
 {
 
-template <auto function>
-struct Deleter {
-    template <typename T>
-    void operator()(T *object) const
-    {
-        function(object);
-    }
-};
-
-using World = std::unique_ptr<LilvWorld, Deleter<lilv_world_free>>;
-using Node = std::unique_ptr<LilvNode, Deleter<lilv_node_free>>;
-using Nodes = std::unique_ptr<LilvNodes, Deleter<lilv_nodes_free>>;
-using Instance = std::unique_ptr<LilvInstance, Deleter<lilv_instance_free>>;
+using World = platform::lv2::WorldPointer;
+using Node = platform::lv2::NodePointer;
+using Nodes = platform::lv2::NodesPointer;
+// Freed as any host would, without what ours does besides.
+using Instance = std::unique_ptr<LilvInstance, Release<lilv_instance_free>>;
 
 constexpr const char *uri = "urn:qrvx:parvane";
 
@@ -260,7 +255,7 @@ TEST_F(Bundle, MarksTheSpeedsOnTheirScale)
 {
     const LilvPort *port =
         lilv_plugin_get_port_by_index(plugin, static_cast<std::uint32_t>(Port::speed));
-    const std::unique_ptr<LilvScalePoints, Deleter<lilv_scale_points_free>> points(
+    const std::unique_ptr<LilvScalePoints, Release<lilv_scale_points_free>> points(
         lilv_port_get_scale_points(plugin, port));
     std::map<float, std::string> marks;
     LILV_FOREACH(scale_points, i, points.get())
@@ -302,7 +297,7 @@ TEST_F(RunningBundle, LoadsPresetsThatSetEveryParameterWithinRange)
     {
         const LilvNode *preset = lilv_nodes_get(presets.get(), i);
         ASSERT_GE(lilv_world_load_resource(world.get(), preset), 0);
-        const std::unique_ptr<LilvState, Deleter<lilv_state_free>> state(
+        const std::unique_ptr<LilvState, Release<lilv_state_free>> state(
             lilv_state_new_from_world(world.get(), &urids.map, preset));
         ASSERT_NE(state, nullptr);
         labels.insert(lilv_state_get_label(state.get()));
@@ -476,10 +471,10 @@ TEST_F(RunningBundle, PassesOverEventsThatMakeNoSense)
     EXPECT_TRUE(signals::allFinite(samples));
 }
 
-TEST_F(RunningBundle, RunsWithoutAllocating)
+TEST_F(RunningBundle, RunsWithoutAllocatingLockingOrEnteringTheKernel)
 {
-    if (!allocation_counter::canCount()) {
-        GTEST_SKIP() << "a sanitizer stands before the allocator";
+    if (RealtimeProbe::obstacle() != nullptr) {
+        GTEST_SKIP() << RealtimeProbe::obstacle();
     }
     std::vector<float> left = signals::noise(mostFrames, 1);
     std::vector<float> right = signals::noise(mostFrames, 2);
@@ -492,7 +487,7 @@ TEST_F(RunningBundle, RunsWithoutAllocating)
     turns.clearForOutput(urids.of(LV2_ATOM__Chunk));
     std::size_t turned = 0;
 
-    allocation_counter::start();
+    RealtimeProbe::enter();
     for (int block = 0; block < 40; ++block) {
         at(Port::drive) = static_cast<float>(block % 3) / 2;
         at(Port::spread) = static_cast<float>(block);
@@ -504,11 +499,11 @@ TEST_F(RunningBundle, RunsWithoutAllocating)
     lilv_instance_deactivate(instance.get());
     lilv_instance_activate(instance.get());
     lilv_instance_run(instance.get(), 1);
-    const std::size_t calls = allocation_counter::stop();
+    const RealtimeProbe::Counts counts = RealtimeProbe::leave();
 
-    EXPECT_EQ(calls, 0U);
+    EXPECT_EQ(counts, RealtimeProbe::Counts{});
     EXPECT_GT(turned, 0U) << "the path that writes events was not taken";
-    allocation_counter::start();
+    RealtimeProbe::enter();
     const auto proof = std::make_unique<std::array<int, 100>>();
-    EXPECT_GT(allocation_counter::stop(), 0U) << "the counter does not count";
+    EXPECT_GT(RealtimeProbe::leave().allocations, 0U) << "the counter does not count";
 }

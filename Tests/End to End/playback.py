@@ -7,38 +7,17 @@ import signal
 import sys
 import unittest
 
-from program import Display, Installation, environment_argument
-
-BUILD = environment_argument("PARVANE_BUILD")
-LV2 = BUILD / "lib" / "lv2"
+from program import LOADED, STARTING, STOPPING, EndToEndTest
 
 CONNECTED = "AUExtensionManager: Performed audio unit connection."
 NO_VIEW = "ERROR: Something is wrong with the view controller and view of the audio unit."
-LOADED = "WARNING: Audio unit is nil (yet?)."
-STARTING = "AUEnginePlayer: Audio engine starting."
-STOPPING = "AUEnginePlayer: Audio engine stopping."
 SESSION = "AUEnginePlayer: Audio session was set active."
 NOTHING_FOUND = "ERROR: There were no audio units found."
 MIDI = re.compile(r"AUEnginePlayer: MIDI event from audio unit at: \d+, data: \d+, \d+, \d+$")
 DISK_DRIVER = re.compile(r"CRITICAL: +(You are using the SDL disk|Writing to file \[)")
 
 
-class Playback(unittest.TestCase):
-    maxDiff = None
-
-    def setUp(self):
-        display = Display()
-        display.__enter__()
-        self.addCleanup(display.__exit__)
-        self.installation = Installation(BUILD)
-        self.installation.__enter__()
-        self.addCleanup(self.installation.__exit__)
-
-    def start(self, lv2_path=LV2):
-        program = self.installation.run(lv2_path)
-        self.addCleanup(program.kill)
-        return program
-
+class Playback(EndToEndTest):
     def main_screen_lines(self):
         return ["ViewController: The app's documents path is: " +
                 str(self.installation.home / "Documents"),

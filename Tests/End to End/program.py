@@ -8,12 +8,17 @@ import pathlib
 import queue
 import shutil
 import subprocess
-import sys
 import tempfile
 import threading
 import time
+import unittest
 
 PATIENCE = 60  # seconds; only a test that fails waits so long
+
+# Lines that tell how far the program has come.
+LOADED = "WARNING: Audio unit is nil (yet?)."
+STARTING = "AUEnginePlayer: Audio engine starting."
+STOPPING = "AUEnginePlayer: Audio engine stopping."
 
 
 class Display:
@@ -215,8 +220,19 @@ def wait_until(ask, what):
     raise AssertionError(f"There was no {what} within {PATIENCE} s.")
 
 
-def environment_argument(name):
-    """A folder that CTest hands over in the environment."""
-    if name not in os.environ:
-        sys.exit(f"{name} is not set; run this through CTest.")
-    return pathlib.Path(os.environ[name])
+class EndToEndTest(unittest.TestCase):
+    """A test with a display and an installation of its own. CTest hands over the
+    build folder in the environment."""
+    maxDiff = None
+
+    def setUp(self):
+        build = pathlib.Path(os.environ["PARVANE_BUILD"])
+        self.effects = build / "lib" / "lv2"
+        self.enterContext(Display())
+        self.installation = self.enterContext(Installation(build))
+
+    def start(self, lv2_path=None, **environment):
+        """Starts the program, with the effect unless another path is given."""
+        program = self.installation.run(lv2_path or self.effects, **environment)
+        self.addCleanup(program.kill)
+        return program

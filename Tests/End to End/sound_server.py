@@ -9,13 +9,8 @@ import subprocess
 import sys
 import unittest
 
-from program import Display, Installation, environment_argument, wait_until
+from program import LOADED, STARTING, STOPPING, EndToEndTest, wait_until
 
-BUILD = environment_argument("PARVANE_BUILD")
-LV2 = BUILD / "lib" / "lv2"
-
-LOADED = "WARNING: Audio unit is nil (yet?)."
-STOPPING = "AUEnginePlayer: Audio engine stopping."
 GONE = "The audio device has gone away; going on with the default device."
 SINK = ("{ factory.name=support.null-audio-sink node.name=nowhere node.description=Nowhere "
         "media.class=Audio/Sink object.linger=true audio.position=FL,FR }")
@@ -78,28 +73,22 @@ def seconds_of_sound(path):
     return sum(sample != 0.0 for sample in samples_of(path)) / (2 * 48000)
 
 
-class SoundServer(unittest.TestCase):
+class SoundServer(EndToEndTest):
     def setUp(self):
-        display = Display()
-        display.__enter__()
-        self.addCleanup(display.__exit__)
-        self.installation = Installation(BUILD)
-        self.installation.__enter__()
-        self.addCleanup(self.installation.__exit__)
+        super().setUp()
         self.server = PipeWire(self.installation.runtime)
         self.addCleanup(self.server.stop)
 
-    def start(self):
+    def start_on_server(self):
         runtime = str(self.installation.runtime)
-        program = self.installation.run(LV2, SDL_AUDIODRIVER=None, XDG_RUNTIME_DIR=runtime,
-                                        PIPEWIRE_RUNTIME_DIR=runtime)
-        self.addCleanup(program.kill)
+        program = self.start(SDL_AUDIODRIVER=None, XDG_RUNTIME_DIR=runtime,
+                             PIPEWIRE_RUNTIME_DIR=runtime)
         program.wait_for(LOADED)
         return program
 
     def test_is_heard_on_the_sound_server(self):
         self.server.start()
-        program = self.start()
+        program = self.start_on_server()
         path = self.installation.root / "heard.wav"
         recorder = self.server.record(path)
         self.addCleanup(recorder.kill)
@@ -117,7 +106,7 @@ class SoundServer(unittest.TestCase):
 
     def test_goes_on_when_the_sound_server_comes_back(self):
         self.server.start()
-        program = self.start()
+        program = self.start_on_server()
         program.press("Play")
         program.wait_for("looped: 2.")
         self.server.stop()
@@ -136,7 +125,7 @@ class SoundServer(unittest.TestCase):
         self.assertEqual(program.end_with(signal.SIGTERM), 0)
 
     def test_says_why_it_cannot_play_without_a_device(self):
-        program = self.start()
+        program = self.start_on_server()
         program.press("Play")
         self.assertEqual(program.wait(), -signal.SIGABRT)
         told = [line for line in program.errors if line.startswith("Fatal error: ")]
@@ -144,7 +133,7 @@ class SoundServer(unittest.TestCase):
         self.assertRegex(told[0], r"^Fatal error: AUEnginePlayer::ERROR: Could not "
                                   r"(start audio engine\. error|set audio session active true\. "
                                   r"system error): .+\.$")
-        self.assertNotIn("AUEnginePlayer: Audio engine starting.", program.lines)
+        self.assertNotIn(STARTING, program.lines)
 
 
 if __name__ == "__main__":

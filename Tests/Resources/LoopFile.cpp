@@ -1,25 +1,16 @@
 #include "Tests/Resources/LoopFile.hpp"
 
-#include <memory>
+#include "Platform/Audio/FFmpegHandles.hpp"
+
 #include <stdexcept>
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
+using platform::audio::Decoder;
+using platform::audio::Demuxer;
+using platform::audio::Frame;
+using platform::audio::Packet;
 
 namespace
 {
-
-struct Deleter {
-    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
-    void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
-    void operator()(AVFrame *frame) const { av_frame_free(&frame); }
-    void operator()(AVPacket *packet) const { av_packet_free(&packet); }
-};
-
-template <typename T>
-using Handle = std::unique_ptr<T, Deleter>;
 
 void require(bool condition, const std::string &what)
 {
@@ -40,12 +31,12 @@ LoopFile LoopFile::read(const std::filesystem::path &path)
     AVFormatContext *raw = nullptr;
     require(avformat_open_input(&raw, path.c_str(), nullptr, nullptr) == 0,
             path.string() + " does not open");
-    const Handle<AVFormatContext> file(raw);
+    const Demuxer file(raw);
     require(avformat_find_stream_info(file.get(), nullptr) >= 0 && file->nb_streams == 1,
             path.string() + " has not one stream");
     const AVStream &stream = *file->streams[0];
     const AVCodec *codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    const Handle<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+    const Decoder decoder(avcodec_alloc_context3(codec));
     require(avcodec_parameters_to_context(decoder.get(), stream.codecpar) >= 0 &&
                 avcodec_open2(decoder.get(), codec, nullptr) >= 0,
             path.string() + " has no decoder");
@@ -59,8 +50,8 @@ LoopFile LoopFile::read(const std::filesystem::path &path)
     result.presentedFrames =
         av_rescale_q(stream.duration, stream.time_base, {1, decoder->sample_rate});
 
-    const Handle<AVPacket> packet(av_packet_alloc());
-    const Handle<AVFrame> frame(av_frame_alloc());
+    const Packet packet(av_packet_alloc());
+    const Frame frame(av_frame_alloc());
     bool more = true;
     while (more) {
         more = av_read_frame(file.get(), packet.get()) >= 0;

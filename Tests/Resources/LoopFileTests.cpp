@@ -7,13 +7,13 @@
 #include "Tests/Resources/LoopFeatures.hpp"
 #include "Tests/Resources/LoopFile.hpp"
 #include "Tests/Resources/Measuring.hpp"
+#include "Tests/Utilities/Bytes.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <set>
 
@@ -48,12 +48,6 @@ const std::vector<LoopFeatures> &features()
         return result;
     }();
     return all;
-}
-
-std::string bytesOf(const fs::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 TEST(LoopFileTests, ThereAreExactlyEightyNumberedFromOne)
@@ -205,15 +199,15 @@ TEST(LoopFileTests, NoneIsSilenceNoiseOrAToneThatStands)
 
 TEST(LoopFileTests, RenderingAgainGivesTheSameBytes)
 {
-    const fs::path again = fs::path(TEST_SCRATCH_DIR) / "again.m4a";
+    const test::TemporaryFolder folder;
+    const fs::path again = folder.path() / "again.m4a";
     for (const std::size_t number : {3U, 42U}) {
         const Score score = compose(number);
         StereoLoop loop = mixdown(score, number);
         master(loop);
         writeM4a(loop, score.title, again.string());
-        EXPECT_TRUE(bytesOf(again) == bytesOf(pathOf(number))) << number;
+        EXPECT_TRUE(test::bytesOf(again) == test::bytesOf(pathOf(number))) << number;
     }
-    fs::remove(again);
 }
 
 } // namespace

@@ -2,12 +2,12 @@
 #include "Resources/Demonstration Loops/Random.hpp"
 #include "Tests/Resources/LoopFile.hpp"
 #include "Tests/Resources/Measuring.hpp"
+#include "Tests/Utilities/Bytes.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace
@@ -37,28 +37,16 @@ StereoLoop steadyLoop(std::size_t packets)
     return loop;
 }
 
-std::string bytesOf(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 class M4aWriterTests : public testing::Test
 {
 protected:
-    void SetUp() override
+    [[nodiscard]] std::filesystem::path path(const char *name) const
     {
-        folder_ = std::filesystem::path(TEST_SCRATCH_DIR) /
-                  testing::UnitTest::GetInstance()->current_test_info()->name();
-        std::filesystem::create_directories(folder_);
+        return folder_.path() / name;
     }
 
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    [[nodiscard]] std::filesystem::path path(const char *name) const { return folder_ / name; }
-
 private:
-    std::filesystem::path folder_;
+    const test::TemporaryFolder folder_;
 };
 
 TEST_F(M4aWriterTests, WhatIsDecodedIsExactlyAsLongAsTheLoop)
@@ -77,9 +65,9 @@ TEST_F(M4aWriterTests, TheSameLoopGivesTheSameBytes)
 {
     writeM4a(steadyLoop(40), "Test", path("first.m4a"));
     writeM4a(steadyLoop(40), "Test", path("second.m4a"));
-    const std::string bytes = bytesOf(path("first.m4a"));
+    const test::Bytes bytes = test::bytesOf(path("first.m4a"));
     EXPECT_GT(bytes.size(), 10000U);
-    EXPECT_TRUE(bytes == bytesOf(path("second.m4a")));
+    EXPECT_TRUE(bytes == test::bytesOf(path("second.m4a")));
 }
 
 // The loop itself has no seam, so all that is heard at the file's seam is what

@@ -2,7 +2,8 @@
 
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/Print.hpp"
-#include "Platform/Foundation/RunLoop.hpp"
+#include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/PrintedLines.hpp"
 
 #include <gtest/gtest.h>
 
@@ -17,16 +18,14 @@ namespace
 class DiagnosticPrintingTest : public ::testing::Test
 {
 protected:
-    DiagnosticPrintingTest() { ::testing::internal::CaptureStdout(); }
-
     /// What was written up to the task that this submits.
-    static std::string written()
+    std::string written() const
     {
-        bool drained = false;
-        DispatchQueue::main().async([&] { drained = true; });
-        EXPECT_TRUE(RunLoop::main().runUntil([&] { return drained; }, 30));
-        return ::testing::internal::GetCapturedStdout();
+        test::drainMainQueue();
+        return printed.text();
     }
+
+    test::PrintedLines printed;
 };
 
 TEST_F(DiagnosticPrintingTest, WritesTheTextExactlyAndANewline)
@@ -44,17 +43,14 @@ TEST_F(DiagnosticPrintingTest, ComesAfterWhatTheSameTaskPrints)
         debugprint("second");
         print("first");
     });
-    bool ran = false;
-    DispatchQueue::main().async([&] { ran = true; });
-    EXPECT_TRUE(RunLoop::main().runUntil([&] { return ran; }, 30));
+    test::drainMainQueue();
     EXPECT_EQ(written(), "first\nsecond\n");
 }
 
 TEST_F(DiagnosticPrintingTest, PrintsNothingBeforeTheMainQueueRuns)
 {
     safeprint("late");
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
-    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(printed.text(), "");
     EXPECT_EQ(written(), "late\n");
 }
 
@@ -73,6 +69,7 @@ TEST_F(DiagnosticPrintingTest, KeepsTheOrderOfEachThreadsLines)
     constexpr int threadCount = 4;
     constexpr int linesEach = 200;
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([thread] {
             for (int i = 0; i < linesEach; ++i) {

@@ -1,10 +1,11 @@
-#include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/FileManager.hpp"
-#include "Platform/Foundation/RunLoop.hpp"
 #include "Platform/Interface/UIStoryboard.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
-#include "Tests/User Interface/PrintedLines.hpp"
+#include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/PrintedLines.hpp"
+#include "Tests/Utilities/StandInEffect.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 #include "User Interface/ViewController.hpp"
@@ -12,20 +13,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <functional>
-#include <mutex>
 
+using test::serveMainThreadUntil;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsSupersetOf;
 
 namespace
 {
-
-constexpr std::chrono::seconds patience{60};
 
 const std::string loaded = "WARNING: Audio unit is nil (yet?).";
 const std::string loadingInterface = "ViewController: Loading the audio unit's interface...";
@@ -47,47 +43,11 @@ private:
     std::vector<URL> folders_;
 };
 
-/// Serves the main thread until `condition` holds. Lines come from other threads,
-/// too, which wake nobody here, so it is asked anew every little while.
-bool waitUntil(const std::function<bool()> &condition)
-{
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (std::chrono::steady_clock::now() < end) {
-        if (RunLoop::main().runUntil(condition, 0.02))
-            return true;
-    }
-    return false;
-}
-
 /// Controller and locator keep each other for the life of the process.
 std::vector<std::shared_ptr<ViewController>> &kept()
 {
     static auto &controllers = *new std::vector<std::shared_ptr<ViewController>>;
     return controllers;
-}
-
-std::shared_ptr<AVAudioUnit> instantiateEffect()
-{
-    const AudioComponentDescription description{
-        .componentType = platform::audio::fourCharacterCode("aumf"),
-        .componentSubType = platform::audio::fourCharacterCode("zvqr"),
-        .componentManufacturer = platform::audio::fourCharacterCode("QRVX"),
-        .componentFlags = 2,
-        .componentFlagsMask = 0};
-    std::mutex mutex;
-    std::shared_ptr<AVAudioUnit> effect;
-    bool answered = false;
-    AVAudioUnit::instantiate(description, 0,
-                             [&](std::shared_ptr<AVAudioUnit> unit, const std::exception_ptr &) {
-                                 const std::lock_guard lock(mutex);
-                                 effect = std::move(unit);
-                                 answered = true;
-                             });
-    waitUntil([&] {
-        const std::lock_guard lock(mutex);
-        return answered;
-    });
-    return effect;
 }
 
 } // namespace
@@ -97,8 +57,6 @@ class ViewControllerTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        // Sound goes nowhere.
-        setenv("SDL_AUDIODRIVER", "dummy", 1);
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
     }
 
@@ -113,8 +71,8 @@ protected:
     void load()
     {
         controller->loadViewIfNeeded();
-        ASSERT_TRUE(
-            waitUntil([this] { return printed.contains(loaded) && printed.contains(noView); }));
+        ASSERT_TRUE(serveMainThreadUntil(
+            [this] { return printed.contains(loaded) && printed.contains(noView); }));
     }
 
     static std::shared_ptr<ViewController> fromStoryboard()
@@ -124,7 +82,10 @@ protected:
         return kept().back();
     }
 
-    PrintedLines printed;
+    // Sound goes nowhere.
+    const test::EnvironmentVariable soundDriver{"SDL_AUDIODRIVER", "dummy"};
+    const test::StandInEffect effects;
+    test::PrintedLines printed;
     std::shared_ptr<ViewController> controller = nullptr;
 };
 
@@ -216,12 +177,12 @@ TEST_F(ViewControllerTest, AsksNothingOfAnAbsentUnit)
 
 TEST_F(ViewControllerTest, OnlyTellsWhenTheViewComesAfterItsEnd)
 {
-    const auto effect = instantiateEffect();
+    const auto effect = effects.instantiate();
     ASSERT_NE(effect, nullptr);
     controller = std::make_shared<ViewController>(std::nullopt, nullptr);
     controller->onFoundComponent(effect);
     controller.reset();
-    EXPECT_TRUE(waitUntil([this] { return printed.contains("ERROR: Self is nil !?"); }));
+    EXPECT_TRUE(serveMainThreadUntil([this] { return printed.contains("ERROR: Self is nil !?"); }));
     EXPECT_FALSE(printed.contains(noView));
 }
 
@@ -243,10 +204,10 @@ TEST_F(ViewControllerTest, StartsAndStopsThroughItsButtons)
     controller = fromStoryboard();
     load();
     controller->playButton->sendActions();
-    ASSERT_TRUE(waitUntil([this] { return controller->playButton->isHidden(); }));
+    ASSERT_TRUE(serveMainThreadUntil([this] { return controller->playButton->isHidden(); }));
     EXPECT_TRUE(printed.contains("AUEnginePlayer: Audio engine starting."));
     controller->stopButton->sendActions();
-    ASSERT_TRUE(waitUntil([this] { return controller->stopButton->isHidden(); }));
+    ASSERT_TRUE(serveMainThreadUntil([this] { return controller->stopButton->isHidden(); }));
     EXPECT_TRUE(printed.contains("AUEnginePlayer: Audio engine stopping."));
 }
 

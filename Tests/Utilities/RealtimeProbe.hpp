@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ostream>
 
 namespace test
 {
@@ -13,6 +14,20 @@ struct RealtimeProbe {
         std::size_t allocations = 0; // and frees
         std::size_t locks = 0;       // mutexes, read-write locks, conditions, semaphores
         std::size_t systemCalls = 0;
+
+        Counts &operator+=(const Counts &other)
+        {
+            allocations += other.allocations;
+            locks += other.locks;
+            systemCalls += other.systemCalls;
+            return *this;
+        }
+        bool operator==(const Counts &) const = default;
+        friend std::ostream &operator<<(std::ostream &stream, const Counts &counts)
+        {
+            return stream << counts.allocations << " allocations, " << counts.locks << " locks, "
+                          << counts.systemCalls << " system calls";
+        }
     };
 
     /// Null when the probe can count all three here, else why it cannot: a

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdlib>
 #include <mutex>
+#include <vector>
 
+#include <semaphore.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -30,10 +34,7 @@ TEST_F(RealtimeProbeTest, SeesNothingInPlainArithmetic)
     RealtimeProbe::enter();
     for (int index = 0; index < 1000; ++index)
         sum = sum + index;
-    const RealtimeProbe::Counts counts = RealtimeProbe::leave();
-    EXPECT_EQ(counts.allocations, 0U);
-    EXPECT_EQ(counts.locks, 0U);
-    EXPECT_EQ(counts.systemCalls, 0U);
+    EXPECT_EQ(RealtimeProbe::leave(), RealtimeProbe::Counts{});
 }
 
 TEST_F(RealtimeProbeTest, SeesAllocationsAndFrees)
@@ -45,6 +46,16 @@ TEST_F(RealtimeProbeTest, SeesAllocationsAndFrees)
     EXPECT_EQ(RealtimeProbe::leave().allocations, 2U);
 }
 
+TEST_F(RealtimeProbeTest, SeesContainersAllocate)
+{
+    RealtimeProbe::enter();
+    {
+        std::atomic<std::vector<int> *> seen{new std::vector<int>(100)};
+        delete seen.load(); // NOLINT(cppcoreguidelines-owning-memory): the allocation is the test
+    }
+    EXPECT_GE(RealtimeProbe::leave().allocations, 4U);
+}
+
 TEST_F(RealtimeProbeTest, SeesALockThatNobodyHolds)
 {
     std::mutex mutex;
@@ -54,12 +65,31 @@ TEST_F(RealtimeProbeTest, SeesALockThatNobodyHolds)
     EXPECT_EQ(RealtimeProbe::leave().locks, 1U);
 }
 
+TEST_F(RealtimeProbeTest, SeesThatAThreadIsWoken)
+{
+    sem_t semaphore;
+    ASSERT_EQ(sem_init(&semaphore, 0, 0), 0);
+    std::condition_variable_any condition;
+    RealtimeProbe::enter();
+    sem_post(&semaphore);
+    condition.notify_one();
+    EXPECT_GE(RealtimeProbe::leave().locks, 2U);
+    sem_destroy(&semaphore);
+}
+
 TEST_F(RealtimeProbeTest, SeesASystemCall)
 {
     RealtimeProbe::enter();
     syscall(SYS_getppid);
     EXPECT_EQ(RealtimeProbe::leave().systemCalls, 1U);
     EXPECT_GT(syscall(SYS_getpid), 0) << "outside they pass";
+}
+
+TEST_F(RealtimeProbeTest, SeesWhatIsWritten)
+{
+    RealtimeProbe::enter();
+    const ssize_t written = write(STDERR_FILENO, "", 0);
+    EXPECT_EQ(RealtimeProbe::leave().systemCalls, 1U) << written;
 }
 
 } // namespace

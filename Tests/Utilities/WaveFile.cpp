@@ -1,12 +1,9 @@
 #include "Tests/Utilities/WaveFile.hpp"
 
-#include <cmath>
-#include <cstring>
+#include <bit>
 #include <fstream>
-#include <numbers>
-#include <random>
 #include <stdexcept>
-#include <string>
+#include <vector>
 
 namespace test
 {
@@ -22,55 +19,41 @@ void put(std::string &bytes, std::uint32_t value, int count)
 
 } // namespace
 
-URL writeWave(const std::filesystem::path &path, const Channels &channels, std::uint32_t rate)
+std::string waveHeader(WaveSamples samples, std::uint32_t rate, std::uint32_t channels,
+                       std::uint32_t frames)
 {
-    const auto channelCount = static_cast<std::uint32_t>(channels.size());
-    const auto frames = static_cast<std::uint32_t>(channels.front().size());
-    const std::uint32_t dataBytes = frames * channelCount * 4;
+    const bool isFloat = samples == WaveSamples::float32;
+    const std::uint32_t frameBytes = channels * (isFloat ? 4 : 1);
     std::string bytes = "RIFF";
-    put(bytes, 36 + dataBytes, 4);
+    put(bytes, 36 + frames * frameBytes, 4);
     bytes += "WAVEfmt ";
     put(bytes, 16, 4);
-    put(bytes, 3, 2); // IEEE float
-    put(bytes, channelCount, 2);
+    put(bytes, isFloat ? 3 : 1, 2); // IEEE float or PCM
+    put(bytes, channels, 2);
     put(bytes, rate, 4);
-    put(bytes, rate * channelCount * 4, 4);
-    put(bytes, channelCount * 4, 2);
-    put(bytes, 32, 2);
+    put(bytes, rate * frameBytes, 4);
+    put(bytes, frameBytes, 2);
+    put(bytes, isFloat ? 32 : 8, 2);
     bytes += "data";
-    put(bytes, dataBytes, 4);
-    for (std::uint32_t frame = 0; frame < frames; ++frame) {
-        for (const std::vector<float> &channel : channels) {
-            std::uint32_t bits = 0;
-            std::memcpy(&bits, &channel[frame], sizeof bits);
-            put(bytes, bits, 4);
-        }
-    }
+    put(bytes, frames * frameBytes, 4);
+    return bytes;
+}
+
+URL writeWave(const std::filesystem::path &path, const Channels &channels, std::uint32_t rate)
+{
+    const std::size_t frames = channels.front().size();
+    std::string bytes =
+        waveHeader(WaveSamples::float32, rate, static_cast<std::uint32_t>(channels.size()),
+                   static_cast<std::uint32_t>(frames));
+    bytes.reserve(bytes.size() + frames * channels.size() * sizeof(float));
+    for (std::size_t frame = 0; frame < frames; ++frame)
+        for (const std::vector<float> &channel : channels)
+            put(bytes, std::bit_cast<std::uint32_t>(channel[frame]), 4);
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!file)
+    if (!file.flush())
         throw std::runtime_error("cannot write " + path.string());
     return URL::fileURLWithPath(path.string());
-}
-
-Channels noise(std::size_t channelCount, std::size_t frames, std::uint32_t seed)
-{
-    std::mt19937 generator(seed);
-    Channels channels(channelCount, std::vector<float>(frames));
-    for (std::vector<float> &channel : channels)
-        for (float &sample : channel)
-            sample = static_cast<float>(static_cast<double>(generator()) / 4294967296.0 - 0.5);
-    return channels;
-}
-
-Channels sine(std::size_t channelCount, std::size_t frames, double frequency, double rate,
-              double amplitude)
-{
-    std::vector<float> wave(frames);
-    for (std::size_t frame = 0; frame < frames; ++frame)
-        wave[frame] = static_cast<float>(amplitude * std::sin(2.0 * std::numbers::pi * frequency *
-                                                              static_cast<double>(frame) / rate));
-    return {channelCount, wave};
 }
 
 } // namespace test

@@ -1,7 +1,7 @@
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/FileManager.hpp"
 #include "Platform/Foundation/ProcessInfo.hpp"
-#include "Tests/Platform/Foundation/TemporaryFolder.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ protected:
 
     void write(const std::string &name) const { std::ofstream(folder.path() / name) << "text"; }
 
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
     Bundle bundle{URL::fileURLWithPath(folder.path().string())};
 };
 
@@ -100,7 +100,7 @@ class FileManagerTest : public ::testing::Test
 {
 protected:
     ~FileManagerTest() override { FileManager::setDefaultManager(nullptr); }
-    TemporaryFolder folder;
+    test::TemporaryFolder folder;
 };
 
 TEST_F(FileManagerTest, TellsWhatExists)

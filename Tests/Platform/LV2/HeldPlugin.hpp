@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Platform/LV2/Instance.hpp"
+#include "Tests/Utilities/Channels.hpp"
 
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// What the tests of this folder share.
@@ -31,7 +33,10 @@ class Channels
 {
 public:
     Channels(std::size_t count, std::size_t frames, float value = 0.0F)
-        : samples_(count, std::vector<float>(frames, value))
+        : Channels(test::constant(count, frames, value))
+    {
+    }
+    explicit Channels(test::Channels samples) : samples_(std::move(samples))
     {
         for (auto &channel : samples_)
             pointers_.push_back(channel.data());
@@ -41,18 +46,9 @@ public:
     std::vector<float> &operator[](std::size_t channel) { return samples_[channel]; }
 
 private:
-    std::vector<std::vector<float>> samples_;
+    test::Channels samples_;
     std::vector<float *> pointers_;
 };
-
-/// A signal that is not silence and the same each time.
-inline void fillWithNoise(std::vector<float> &samples, std::uint32_t seed)
-{
-    for (float &sample : samples) {
-        seed = seed * 1664525U + 1013904223U;
-        sample = static_cast<float>(static_cast<std::int32_t>(seed)) / 4294967296.0F;
-    }
-}
 
 /// A plug-in with one instance of it.
 struct HeldPlugin {

@@ -67,9 +67,7 @@ void expectSamplesOfBareLoop(const std::string &uri, const std::vector<std::stri
     BareLoop bare(held.plugin);
     float energy = 0.0F;
     for (std::uint32_t block = 0; block < 40; ++block) {
-        Channels in(channels, blockFrames);
-        for (std::size_t i = 0; i < channels; ++i)
-            fillWithNoise(in[i], block * 7 + static_cast<std::uint32_t>(i));
+        Channels in(test::noise(channels, blockFrames, block));
         Channels out(channels, blockFrames);
         Channels wanted(channels, blockFrames);
         bare.run(in, wanted);

@@ -3,8 +3,9 @@
 #include "Platform/Audio/AVAudioPlayerNode.hpp"
 #include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
-#include "Tests/Platform/Audio/Engine/OfflineRenderer.hpp"
-#include "Tests/Platform/Audio/Engine/TestUnit.hpp"
+#include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/OfflineRenderer.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 
@@ -54,7 +55,7 @@ protected:
     test::TemporaryFolder folder;
     AVAudioEngine engine;
     std::shared_ptr<AVAudioPlayerNode> player = std::make_shared<AVAudioPlayerNode>();
-    std::shared_ptr<test::TestUnit> unit = std::make_shared<test::TestUnit>();
+    std::shared_ptr<test::ScriptedUnit> unit = std::make_shared<test::ScriptedUnit>();
     std::shared_ptr<AVAudioUnit> effect = std::make_shared<AVAudioUnit>(unit);
 };
 
@@ -97,7 +98,7 @@ TEST_F(EngineTest, RendersThroughTheEffect)
 TEST_F(EngineTest, SettlesAConnectionWithoutFormatByTheEffectsChannels)
 {
     manual(stereo);
-    unit = std::make_shared<test::TestUnit>(1, 1);
+    unit = std::make_shared<test::ScriptedUnit>(1, 1);
     effect = std::make_shared<AVAudioUnit>(unit);
     engine.connect(player, effect, nullptr);
     engine.connect(effect, engine.mainMixerNode(), nullptr);
@@ -123,7 +124,7 @@ TEST_F(EngineTest, SettlesAConnectionWithoutFormatByTheOutputsRate)
 TEST_F(EngineTest, AMonoEffectInAStereoConnectionIsHeardOnBothSides)
 {
     manual(stereo);
-    unit = std::make_shared<test::TestUnit>(1, 1);
+    unit = std::make_shared<test::ScriptedUnit>(1, 1);
     effect = std::make_shared<AVAudioUnit>(unit);
     engine.connect(player, effect, formatOf(48000, 2));
     engine.connect(effect, engine.mainMixerNode(), formatOf(48000, 2));
@@ -195,7 +196,7 @@ TEST_F(EngineTest, TheMixerAddsUpItsInputs)
 TEST_F(EngineTest, EffectsInARowAndMixersInARowRender)
 {
     manual(stereo);
-    auto second = std::make_shared<AVAudioUnit>(std::make_shared<test::TestUnit>());
+    auto second = std::make_shared<AVAudioUnit>(std::make_shared<test::ScriptedUnit>());
     auto middle = std::make_shared<AVAudioMixerNode>();
     engine.connect(player, effect, formatOf(48000, 2));
     engine.connect(effect, second, formatOf(48000, 2));
@@ -397,7 +398,7 @@ TEST_F(EngineTest, ManyThreadsMayChangeTheGraphWhileItRenders)
             std::this_thread::yield();
         }
     };
-    auto second = std::make_shared<test::TestUnit>();
+    auto second = std::make_shared<test::ScriptedUnit>();
     std::thread one([&] { change(effect); });
     std::thread two([&] { change(std::make_shared<AVAudioUnit>(second)); });
     render(200000);

@@ -2,7 +2,8 @@
 #include "Platform/Audio/AVAudioFile.hpp"
 #include "Platform/Audio/AVAudioPlayerNode.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
-#include "Tests/Platform/Audio/Engine/OfflineRenderer.hpp"
+#include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/OfflineRenderer.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 

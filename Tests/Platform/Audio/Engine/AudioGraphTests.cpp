@@ -4,7 +4,7 @@
 #include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Audio/AudioGraph.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
-#include "Tests/Platform/Audio/Engine/TestUnit.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
 
 #include <gtest/gtest.h>
 
@@ -22,9 +22,9 @@ protected:
     std::shared_ptr<AVAudioPlayerNode> player = std::make_shared<AVAudioPlayerNode>();
     std::shared_ptr<AVAudioPlayerNode> other = std::make_shared<AVAudioPlayerNode>();
     std::shared_ptr<AVAudioUnit> first =
-        std::make_shared<AVAudioUnit>(std::make_shared<test::TestUnit>());
+        std::make_shared<AVAudioUnit>(std::make_shared<test::ScriptedUnit>());
     std::shared_ptr<AVAudioUnit> second =
-        std::make_shared<AVAudioUnit>(std::make_shared<test::TestUnit>());
+        std::make_shared<AVAudioUnit>(std::make_shared<test::ScriptedUnit>());
     std::shared_ptr<AVAudioMixerNode> mixer = std::make_shared<AVAudioMixerNode>();
     std::shared_ptr<AVAudioOutputNode> output = std::make_shared<AVAudioOutputNode>();
 };

@@ -5,8 +5,10 @@
 #include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Audio/OutputDevice.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
-#include "Tests/Platform/Audio/Engine/OfflineRenderer.hpp"
-#include "Tests/Platform/Audio/Engine/TestUnit.hpp"
+#include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/OfflineRenderer.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 
@@ -47,17 +49,12 @@ bool eventually(const std::function<bool()> &condition)
 class SDLDeviceTest : public testing::Test
 {
 protected:
-    ~SDLDeviceTest() override
-    {
-        engine.stop();
-        unsetenv("SDL_AUDIODRIVER");
-        unsetenv("SDL_DISKAUDIOFILE");
-    }
+    ~SDLDeviceTest() override { engine.stop(); }
 
     void useDriver(const std::string &driver)
     {
-        setenv("SDL_AUDIODRIVER", driver.c_str(), 1);
-        setenv("SDL_DISKAUDIOFILE", recording().c_str(), 1);
+        driverName.set(driver);
+        recordingPath.set(recording());
     }
 
     std::filesystem::path recording() const { return folder.path() / "recording.raw"; }
@@ -82,6 +79,8 @@ protected:
     }
 
     test::TemporaryFolder folder;
+    const test::EnvironmentVariable driverName{"SDL_AUDIODRIVER", std::nullopt};
+    const test::EnvironmentVariable recordingPath{"SDL_DISKAUDIOFILE", std::nullopt};
     AVAudioEngine engine;
     std::shared_ptr<AVAudioPlayerNode> player = std::make_shared<AVAudioPlayerNode>();
 };
@@ -115,7 +114,7 @@ TEST_F(SDLDeviceTest, PlaysTheFileToTheDeviceBitForBit)
 TEST_F(SDLDeviceTest, WhatReachesTheDeviceIsFiniteAndInRange)
 {
     useDriver("disk");
-    auto unit = std::make_shared<test::TestUnit>();
+    auto unit = std::make_shared<test::ScriptedUnit>();
     std::atomic<int> blocks{0};
     unit->onRender = [&blocks](const AURenderBlock &block) {
         const int number = blocks++;
@@ -152,7 +151,7 @@ TEST_F(SDLDeviceTest, WhatReachesTheDeviceIsFiniteAndInRange)
 TEST_F(SDLDeviceTest, StartFailsInTheDriversWordsWhenNoDeviceOpens)
 {
     useDriver("disk");
-    setenv("SDL_DISKAUDIOFILE", (folder.path() / "missing" / "file.raw").c_str(), 1);
+    recordingPath.set(folder.path() / "missing" / "file.raw");
     connect(player);
     try {
         engine.start();
@@ -270,7 +269,7 @@ TEST(DeviceLoss, GoesOnOnTheDefaultDeviceAndSaysSoOnce)
 {
     VanishingDevice::Control control;
     AVAudioEngine engine(std::make_unique<VanishingDevice>(control));
-    auto unit = std::make_shared<test::TestUnit>();
+    auto unit = std::make_shared<test::ScriptedUnit>();
     auto effect = std::make_shared<AVAudioUnit>(unit);
     engine.connect(effect, engine.mainMixerNode(), nullptr);
     engine.connect(engine.mainMixerNode(), engine.outputNode(), nullptr);

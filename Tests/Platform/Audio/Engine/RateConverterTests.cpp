@@ -1,7 +1,8 @@
 #include "Platform/Audio/ConvertBuffer.hpp"
 #include "Platform/Audio/RateConverter.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
-#include "Tests/Platform/Audio/Engine/OfflineRenderer.hpp"
+#include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/OfflineRenderer.hpp"
 
 #include <gtest/gtest.h>
 

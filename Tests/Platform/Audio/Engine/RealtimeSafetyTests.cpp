@@ -4,7 +4,9 @@
 #include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Audio/OutputDevice.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
+#include "Tests/Utilities/Channels.hpp"
 #include "Tests/Utilities/RealtimeProbe.hpp"
+#include "Tests/Utilities/StandInEffect.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 
@@ -12,9 +14,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <functional>
-#include <future>
 #include <memory>
 #include <thread>
 
@@ -79,16 +79,6 @@ private:
     std::thread thread_;
 };
 
-std::shared_ptr<AVAudioUnit> standInEffect()
-{
-    setenv("LV2_PATH", PARVANE_LV2_DIR, 1);
-    std::promise<std::shared_ptr<AVAudioUnit>> promise;
-    AVAudioUnit::instantiate({0x61756D66, 0x7A767172, 0x51525658, 2, 0}, 0,
-                             [&promise](const std::shared_ptr<AVAudioUnit> &unit,
-                                        const std::exception_ptr &) { promise.set_value(unit); });
-    return promise.get_future().get();
-}
-
 TEST(RealtimeSafety, TheCallbackNeverAllocatesLocksOrEntersTheKernel)
 {
     if (RealtimeProbe::obstacle() != nullptr)
@@ -97,7 +87,7 @@ TEST(RealtimeSafety, TheCallbackNeverAllocatesLocksOrEntersTheKernel)
     const test::TemporaryFolder folder;
     AVAudioEngine engine(std::make_unique<WatchedDevice>(findings));
     auto player = std::make_shared<AVAudioPlayerNode>();
-    const std::shared_ptr<AVAudioUnit> effect = standInEffect();
+    const std::shared_ptr<AVAudioUnit> effect = test::StandInEffect().instantiate();
     ASSERT_NE(effect, nullptr);
     std::atomic<int> events{0};
     effect->auAudioUnit()->setMIDIOutputEventBlock(

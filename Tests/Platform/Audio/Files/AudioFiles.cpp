@@ -1,18 +1,12 @@
 #include "Tests/Platform/Audio/Files/AudioFiles.hpp"
 
+#include "Tests/Utilities/WaveFile.hpp"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
-
-Bytes readBytes(const std::string &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file) << path;
-    return Bytes(std::istreambuf_iterator<char>(file), {});
-}
 
 void writeBytes(const std::string &path, const Bytes &bytes)
 {
@@ -43,26 +37,9 @@ void put32(Bytes &bytes, std::size_t offset, std::uint32_t value)
 
 Bytes wave(std::uint32_t sampleRate, std::uint16_t channels, std::uint32_t frames)
 {
-    Bytes bytes;
-    const auto text = [&bytes](std::string_view letters) {
-        bytes.insert(bytes.end(), letters.begin(), letters.end());
-    };
-    const auto little = [&bytes](std::uint32_t value, int count) {
-        for (int i = 0; i < count; ++i)
-            bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
-    };
-    text("RIFF");
-    little(36 + frames * channels, 4);
-    text("WAVEfmt ");
-    little(16, 4);
-    little(1, 2);
-    little(channels, 2);
-    little(sampleRate, 4);
-    little(sampleRate * channels, 4);
-    little(channels, 2);
-    little(8, 2);
-    text("data");
-    little(frames * channels, 4);
+    const std::string header =
+        test::waveHeader(test::WaveSamples::unsignedByte, sampleRate, channels, frames);
+    Bytes bytes(header.begin(), header.end());
     bytes.resize(bytes.size() + std::size_t{frames} * channels, 128);
     return bytes;
 }
@@ -123,7 +100,7 @@ Samples AudioFiles::decode(const std::string &name, const std::string &options) 
 {
     const std::string raw = name + ".raw";
     ffmpeg(options + " -i " + name + " -f f32le " + raw);
-    const Bytes bytes = readBytes(path(raw));
+    const Bytes bytes = bytesOf(path(raw));
     Samples samples(bytes.size() / sizeof(float));
     if (!samples.empty())
         std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Platform/Audio/AVAudioFile.hpp"
-#include "Tests/Platform/Foundation/TemporaryFolder.hpp"
+#include "Tests/Utilities/Bytes.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,9 @@
 
 /// Frames of all channels, interleaved as FFmpeg's command writes them.
 using Samples = std::vector<float>;
-using Bytes = std::vector<std::uint8_t>;
+using test::Bytes;
+using test::bytesOf;
 
-Bytes readBytes(const std::string &path);
 void writeBytes(const std::string &path, const Bytes &bytes);
 void writeText(const std::string &path, std::string_view text);
 
@@ -51,5 +52,5 @@ protected:
     Samples decode(const std::string &name, const std::string &options = "") const;
 
 private:
-    TemporaryFolder folder_;
+    test::TemporaryFolder folder_;
 };

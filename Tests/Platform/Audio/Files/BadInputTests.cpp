@@ -34,7 +34,7 @@ protected:
     Bytes sound(const std::string &options = "") const
     {
         encode("sound.m4a", 44'100, 1, 44'100, "-c:a aac " + options);
-        return readBytes(path("sound.m4a"));
+        return bytesOf(path("sound.m4a"));
     }
 
     std::string faultOf(const Bytes &bytes) const

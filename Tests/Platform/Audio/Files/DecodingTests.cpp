@@ -141,7 +141,7 @@ TEST_F(AudioFiles, PlaysTheSoundOfAFilmAndOfAFileWithACover)
 TEST_F(AudioFiles, CutsAnEditThatEndsBeforeTheMedia)
 {
     encode("sound.m4a", 48'000, 2, 96'000, "-c:a aac");
-    Bytes bytes = readBytes(path("sound.m4a"));
+    Bytes bytes = bytesOf(path("sound.m4a"));
     // The edit's duration, in the movie's milliseconds: 1.25 of 2 s.
     put32(bytes, find(bytes, "elst") + 12, 1'250);
     writeBytes(path("cut.m4a"), bytes);
@@ -176,7 +176,7 @@ TEST_F(AudioFiles, ObeysITunesWhereThereIsNoEditList)
     // 88,200 frames (15888), led by 1,024 (400) and followed by 888 (378).
     encode("sound.m4a", 44'100, 2, 88'200, "-c:a aac -use_editlist 0");
     const Samples raw = decode("sound.m4a");
-    const Bytes bytes = readBytes(path("sound.m4a"));
+    const Bytes bytes = bytesOf(path("sound.m4a"));
     writeBytes(path("itunes.m4a"),
                withGaplessInfo(bytes, " 00000000 00000400 00000378 0000000000015888 00000000"));
     AVAudioFile file(url("itunes.m4a"));
@@ -190,7 +190,7 @@ TEST_F(AudioFiles, ObeysITunesWhereThereIsNoEditList)
 TEST_F(AudioFiles, IgnoresGaplessNumbersThatCannotBe)
 {
     encode("sound.m4a", 44'100, 1, 44'100, "-c:a aac");
-    const Bytes bytes = readBytes(path("sound.m4a"));
+    const Bytes bytes = bytesOf(path("sound.m4a"));
     for (const char *numbers :
          {"", " ", " 0 400 0", " 0 400 0 FFFFFFFFFFFFFFFF", " 0 400 0 0", " 0 FFFFFFFF 0 10",
           " 0 7FFFFFFFFFFFFFFF 0 7FFFFFFFFFFFFFFF", " 0 401 0 10", " nothing to read"}) {

@@ -73,7 +73,7 @@ class Mutations : public AudioFiles, public testing::WithParamInterface<const ch
 TEST_P(Mutations, EndInTimeWithAnErrorOrAnEarlyEnd)
 {
     encode("sound.m4a", 44'100, 2, 30'000, GetParam());
-    const Bytes original = readBytes(path("sound.m4a"));
+    const Bytes original = bytesOf(path("sound.m4a"));
     // Mostly the tables are changed: they are where a file can lie.
     const std::size_t tables = find(original, "moov");
 

@@ -149,7 +149,7 @@ TEST_F(AudioFiles, IsNotDisturbedByAFileThatGrows)
     const Samples expected = part(decode("sound.m4a"), 0, longFrames, 2);
     AVAudioFile file(url("sound.m4a"));
     readFrames(file, 1'000);
-    Bytes bytes = readBytes(path("sound.m4a"));
+    Bytes bytes = bytesOf(path("sound.m4a"));
     bytes.insert(bytes.end(), 100'000, 0x5a);
     writeBytes(path("sound.m4a"), bytes);
     EXPECT_TRUE(readAll(file) == expected);

@@ -181,15 +181,12 @@ TEST_F(ComponentRegistry, ReadsThePathAnewForEachSearch)
 TEST_F(ComponentRegistry, ExpandsThePath)
 {
     addManifest("a.lv2", manifest("urn:test:a", key));
-    ::setenv("TEST_LV2_FOLDER", folder().c_str(), 1);
+    const test::EnvironmentVariable variable("TEST_LV2_FOLDER", folder());
     usePath("$TEST_LV2_FOLDER");
     EXPECT_THAT(found(), ElementsAre("urn:test:a"));
-    const char *home = std::getenv("HOME");
-    const std::string formerHome = home ? home : "";
-    ::setenv("HOME", folder().parent_path().c_str(), 1);
+    const test::EnvironmentVariable home("HOME", folder().parent_path());
     usePath("~/" + folder().filename().string());
     EXPECT_THAT(found(), ElementsAre("urn:test:a"));
-    ::setenv("HOME", formerHome.c_str(), 1);
 }
 
 TEST_F(ComponentRegistry, DerivesADescriptionWhereNoneIsGiven)

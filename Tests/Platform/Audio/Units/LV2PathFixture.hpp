@@ -1,49 +1,33 @@
 #pragma once
 
+#include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/TemporaryFolder.hpp"
+
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <string>
 
 /// Gives each test an LV2 path of its own: one empty folder.
 class LV2PathFixture : public testing::Test
 {
 protected:
-    LV2PathFixture()
-    {
-        std::string pattern = TEST_SCRATCH_DIR "/lv2-XXXXXX";
-        folder_ = ::mkdtemp(pattern.data());
-        if (const char *path = std::getenv("LV2_PATH"))
-            formerPath_ = path;
-        usePath(folder_.string());
-    }
-    ~LV2PathFixture() override
-    {
-        if (formerPath_)
-            usePath(*formerPath_);
-        else
-            ::unsetenv("LV2_PATH");
-        std::filesystem::remove_all(folder_);
-    }
-
-    static void usePath(const std::string &path) { ::setenv("LV2_PATH", path.c_str(), 1); }
-    const std::filesystem::path &folder() const { return folder_; }
+    void usePath(const std::string &path) const { path_.set(path); }
+    const std::filesystem::path &folder() const { return folder_.path(); }
 
     /// Installs a bundle of a manifest alone.
     void addManifest(const std::string &bundle, const std::string &text) const
     {
-        std::filesystem::create_directories(folder_ / bundle);
-        std::ofstream(folder_ / bundle / "manifest.ttl") << text;
+        std::filesystem::create_directories(folder() / bundle);
+        std::ofstream(folder() / bundle / "manifest.ttl") << text;
     }
 
     /// Installs one of the bundles that were built for the tests.
     void link(const std::string &bundle) const
     {
         std::filesystem::create_directory_symlink(
-            std::string(TEST_LV2_BUNDLES "/") + bundle + ".lv2", folder_ / (bundle + ".lv2"));
+            std::string(TEST_LV2_BUNDLES "/") + bundle + ".lv2", folder() / (bundle + ".lv2"));
     }
 
     /// A manifest with one plug-in, registered under the words given.
@@ -58,6 +42,6 @@ protected:
         R"(; au:type "aumf" ; au:subtype "zvqr" ; au:manufacturer "QRVX" ; au:flags 2 )";
 
 private:
-    std::filesystem::path folder_;
-    std::optional<std::string> formerPath_;
+    const test::TemporaryFolder folder_;
+    const test::EnvironmentVariable path_{"LV2_PATH", folder_.path().string()};
 };

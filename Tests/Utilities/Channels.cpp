@@ -1,25 +1,36 @@
-#include "Tests/Platform/Audio/Engine/OfflineRenderer.hpp"
+#include "Tests/Utilities/Channels.hpp"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <random>
 
 namespace test
 {
 
-Channels renderOffline(AVAudioEngine &engine, const AVAudioFormat &format, std::size_t frames,
-                       std::uint32_t block)
+Channels noise(std::size_t channelCount, std::size_t frames, std::uint32_t seed)
 {
-    AVAudioPCMBuffer buffer(format, block);
-    Channels rendered(format.channelCount());
-    while (rendered.front().size() < frames) {
-        const auto rest = static_cast<std::uint32_t>(frames - rendered.front().size());
-        engine.renderOffline(std::min(block, rest), buffer);
-        for (std::size_t channel = 0; channel < rendered.size(); ++channel) {
-            const float *const samples = buffer.floatChannelData()[channel];
-            rendered[channel].insert(rendered[channel].end(), samples,
-                                     samples + buffer.frameLength());
-        }
-    }
-    return rendered;
+    std::mt19937 generator(seed);
+    Channels channels(channelCount, std::vector<float>(frames));
+    for (std::vector<float> &channel : channels)
+        for (float &sample : channel)
+            sample = static_cast<float>(static_cast<double>(generator()) / 4294967296.0 - 0.5);
+    return channels;
+}
+
+Channels sine(std::size_t channelCount, std::size_t frames, double frequency, double rate,
+              double amplitude)
+{
+    std::vector<float> wave(frames);
+    for (std::size_t frame = 0; frame < frames; ++frame)
+        wave[frame] = static_cast<float>(amplitude * std::sin(2.0 * std::numbers::pi * frequency *
+                                                              static_cast<double>(frame) / rate));
+    return {channelCount, wave};
+}
+
+Channels constant(std::size_t channelCount, std::size_t frames, float value)
+{
+    return {channelCount, std::vector<float>(frames, value)};
 }
 
 std::int64_t firstDifference(const Channels &left, const Channels &right)

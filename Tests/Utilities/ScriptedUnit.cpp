@@ -1,4 +1,4 @@
-#include "Tests/Platform/Audio/Engine/TestUnit.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
 
 #include "Platform/Foundation/PlatformError.hpp"
 
@@ -7,7 +7,7 @@
 namespace test
 {
 
-void TestUnit::allocateRenderResources(double rate, std::uint32_t frames)
+void ScriptedUnit::allocateRenderResources(double rate, std::uint32_t frames)
 {
     if (!refusal.empty())
         throw PlatformError(refusal);
@@ -17,7 +17,7 @@ void TestUnit::allocateRenderResources(double rate, std::uint32_t frames)
     allocated_ = true;
 }
 
-bool TestUnit::render(const AURenderBlock &block) noexcept
+bool ScriptedUnit::render(const AURenderBlock &block) noexcept
 {
     rendering = true;
     if (!allocated_)
@@ -29,7 +29,7 @@ bool TestUnit::render(const AURenderBlock &block) noexcept
         for (std::uint32_t channel = 0; channel < outputs_; ++channel)
             for (std::uint32_t frame = 0; frame < block.frames; ++frame)
                 block.output[channel][frame] =
-                    2.0F * block.input[std::min(channel, inputs_ - 1)][frame];
+                    gain * block.input[std::min(channel, inputs_ - 1)][frame];
     }
     rendering = false;
     return rendered;
