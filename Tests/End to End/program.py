@@ -224,12 +224,14 @@ class EndToEndTest(unittest.TestCase):
     """A test with a display and an installation of its own. CTest hands over the
     build folder in the environment."""
     maxDiff = None
+    loop_seconds = 0.5
 
     def setUp(self):
         build = pathlib.Path(os.environ["PARVANE_BUILD"])
         self.effects = build / "lib" / "lv2"
         self.enterContext(Display())
-        self.installation = self.enterContext(Installation(build))
+        self.installation = self.enterContext(
+            Installation(build, self.loop_seconds))
 
     def start(self, lv2_path=None, **environment):
         """Starts the program, with the effect unless another path is given."""
