@@ -170,6 +170,9 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
         if (frames > maximumFrames_ || frames > buffer.frameCapacity())
             throw PlatformError("More frames than agreed were asked for");
     }
+    buffer.setFrameLength(frames);
+    if (frames == 0)
+        return;
     RenderPlan *plan = plan_.acquire();
     if (plan != nullptr && !hasFrames(*plan)) {
         // Without plan and mutex: what the wait is for may change the graph.
@@ -180,16 +183,14 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
         plan = plan_.acquire();
     }
     const DenormalMode noDenormals;
-    const float *const *const rendered = plan != nullptr ? plan->last->pull(frames) : nullptr;
-    for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel) {
-        float *const to = buffer.floatChannelData()[channel];
-        if (rendered != nullptr)
-            std::copy_n(rendered[channel], frames, to);
-        else
-            std::fill_n(to, frames, 0.0F);
+    if (plan != nullptr) {
+        plan->last->pullInto(buffer.floatChannelData(), frames);
+        plan->finishBlock();
+    } else {
+        for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel)
+            std::fill_n(buffer.floatChannelData()[channel], frames, 0.0F);
     }
     plan_.release();
-    buffer.setFrameLength(frames);
 }
 
 void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
@@ -202,6 +203,7 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
     while (fits && frames > 0) {
         const std::uint32_t part = std::min(frames, plan->maximumFrames);
         guard_.pass(plan->last->pull(part), channels, part, samples);
+        plan->finishBlock();
         samples += static_cast<std::size_t>(part) * channels;
         frames -= part;
     }

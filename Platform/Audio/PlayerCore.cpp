@@ -63,7 +63,8 @@ void PlayerCore::stop()
     if (feed_) {
         const AVAudioFormat format = feed_->format();
         feed_ = std::make_unique<FileFeed>(format);
-        ring_.exchange(std::make_unique<SampleRing>(format, ring_.get()->capacity()));
+        ring_.exchange(std::make_unique<SampleRing>(format, ring_.get()->capacity(),
+                                                    ring_.get()->largestBlock()));
     }
     changed();
     if (onFeeder()) {
@@ -75,10 +76,12 @@ void PlayerCore::stop()
     feederRests_.wait(lock, [this] { return dropped_.empty() && !completing_; });
 }
 
-void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhead)
+void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhead,
+                           std::uint32_t largestBlock)
 {
     const Lock lock(mutex_);
-    if (feed_ && feed_->format() == format && ring_.get()->capacity() >= framesAhead)
+    if (feed_ && feed_->format() == format && ring_.get()->capacity() >= framesAhead &&
+        ring_.get()->largestBlock() >= largestBlock)
         return;
     std::unique_ptr<AVAudioPCMBuffer> ahead;
     bool resumes = false;
@@ -90,7 +93,7 @@ void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhea
     feed_ = std::make_unique<FileFeed>(format);
     if (resumes)
         feed_->begin(queue_.front().file);
-    auto ring = std::make_unique<SampleRing>(format, framesAhead);
+    auto ring = std::make_unique<SampleRing>(format, framesAhead, largestBlock);
     if (ahead)
         ring->write(ahead->floatChannelData(), 0, ahead->frameLength());
     ring_.exchange(std::move(ring));
@@ -110,9 +113,10 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
             ++from;
         }
     };
-    AVAudioPCMBuffer buffered(feed_->format(), ring->available());
-    append(buffered.floatChannelData(), 0,
-           ring->read(buffered.floatChannelData(), buffered.frameCapacity()));
+    while (const std::uint32_t count = std::min(ring->available(), ring->largestBlock())) {
+        append(ring->front(), 0, count);
+        ring->take(count);
+    }
     append(feed_->channels(), feed_->offset(), feed_->frames());
     feed_->take(feed_->frames());
     feed_->drain();
@@ -169,16 +173,28 @@ std::uint32_t PlayerCore::framesReady() noexcept
     return frames;
 }
 
-std::uint32_t PlayerCore::read(const AVAudioFormat &format, float *const *channels,
-                               std::uint32_t frames) noexcept
+const float *const *PlayerCore::borrow(const AVAudioFormat &format, std::uint32_t &frames) noexcept
 {
-    if (!playing_.load(std::memory_order_relaxed))
-        return 0;
-    SampleRing *const ring = ring_.acquire();
-    const bool fits = ring != nullptr && ring->format() == format;
-    const std::uint32_t count = fits ? ring->read(channels, frames) : 0;
+    giveBack();
+    SampleRing *const ring = playing_.load(std::memory_order_relaxed) ? ring_.acquire() : nullptr;
+    if (ring == nullptr || ring->format() != format) {
+        ring_.release();
+        frames = 0;
+        return nullptr;
+    }
+    frames = std::min({frames, ring->available(), ring->largestBlock()});
+    borrowedFrom_ = ring;
+    borrowed_ = frames;
+    return ring->front();
+}
+
+void PlayerCore::giveBack() noexcept
+{
+    if (borrowedFrom_ == nullptr)
+        return;
+    borrowedFrom_->take(borrowed_);
+    borrowedFrom_ = nullptr;
     ring_.release();
-    return count;
 }
 
 void PlayerCore::changed()

@@ -40,7 +40,9 @@ public:
 
     /// What the output connection carries, and how many frames to read ahead.
     /// Frames read ahead in another format are converted, not lost.
-    void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead);
+    /// The callback asks for up to `largestBlock` frames at a time.
+    void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead,
+                   std::uint32_t largestBlock);
 
     /// Whether `frames` frames can be read, or none are to be had because it does
     /// not play. On the thread that reads.
@@ -51,11 +53,15 @@ public:
     /// bring more. On the thread that reads.
     void waitForFrames(std::uint32_t frames);
 
-    /// Reads frames of `format` to the start of `channels` and answers how many:
-    /// fewer than `frames` when not playing, when nothing is queued, when the
-    /// feeder is late, or when the format has just changed. The audio callback.
-    REALTIME std::uint32_t read(const AVAudioFormat &format, float *const *channels,
-                                std::uint32_t frames) noexcept;
+    /// Frames of `format`, one pointer a channel, to be used until `giveBack`. Asked
+    /// for `frames`, it sets that to how many there are: fewer when not playing,
+    /// when nothing is queued, when the feeder is late, or when the format has just
+    /// changed; null when there are none. The audio callback.
+    REALTIME const float *const *borrow(const AVAudioFormat &format,
+                                        std::uint32_t &frames) noexcept;
+    /// Makes room of what was borrowed last, before the block ends. The audio
+    /// callback.
+    REALTIME void giveBack() noexcept;
 
     /// True on the thread that decodes and calls the completions.
     bool onFeeder() const { return std::this_thread::get_id() == feeder_.get_id(); }
@@ -82,6 +88,8 @@ private:
 
     std::atomic<bool> playing_{false};
     Published<SampleRing> ring_;
+    SampleRing *borrowedFrom_ = nullptr; // the callback's own
+    std::uint32_t borrowed_ = 0;
 
     std::mutex mutex_; // guards what follows, and the writing end of the ring
     std::condition_variable feederWakes_;

@@ -26,6 +26,12 @@ std::shared_ptr<AUAudioUnit> unitOf(const AVAudioNode &node)
 
 } // namespace
 
+void RenderPlan::finishBlock() noexcept
+{
+    for (const Player &player : players)
+        player.core->giveBack();
+}
+
 RenderPlanner::RenderPlanner(const AudioGraph &graph, const AVAudioNode &output,
                              const AVAudioFormat &outputFormat, std::uint32_t maximumFrames,
                              double secondsAhead)
@@ -118,7 +124,7 @@ RenderStepPointer RenderPlanner::playerStep(const std::shared_ptr<PlayerCore> &c
     const double converted = ratio == 1.0 ? 0.0 : converterFrames;
     const auto perBlock = static_cast<std::uint32_t>(std::ceil(maximumFrames_ * ratio) + converted);
     const auto ahead = static_cast<std::uint32_t>(std::ceil(secondsAhead_ * format.sampleRate()));
-    core->setOutput(format, std::max(ahead, 2 * perBlock));
+    core->setOutput(format, std::max(ahead, 2 * perBlock), maximumFrames_);
     plan_->players.push_back({core, perBlock});
     return std::make_unique<PlayerStep>(core, format, maximumFrames_);
 }

@@ -23,6 +23,9 @@ struct RenderPlan {
         std::uint32_t framesPerBlock;
     };
     std::vector<Player> players;
+
+    /// After each pull of the last step, when what it gave has been used.
+    REALTIME void finishBlock() noexcept;
 };
 
 /// Reads a graph and says what rendering it takes. One use, on one thread.

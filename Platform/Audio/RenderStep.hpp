@@ -3,6 +3,7 @@
 #include "Platform/Audio/AVAudioFormat.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 
@@ -23,8 +24,16 @@ public:
     const AVAudioFormat &format() const { return format_; }
 
     /// Renders the next `frames` frames, at most the plan's maximum. One pointer a
-    /// channel, valid until the next pull.
+    /// channel, valid until the next pull or the end of the block.
     REALTIME virtual const float *const *pull(std::uint32_t frames) noexcept = 0;
+
+    /// The same, into `destination`: one pointer a channel.
+    REALTIME virtual void pullInto(float *const *destination, std::uint32_t frames) noexcept
+    {
+        const float *const *const rendered = pull(frames);
+        for (std::uint32_t channel = 0; channel < format_.channelCount(); ++channel)
+            std::copy_n(rendered[channel], frames, destination[channel]);
+    }
 
 private:
     AVAudioFormat format_;

@@ -13,10 +13,10 @@ namespace
 // The fewest frames worth pulling through the chain at a time.
 constexpr std::uint32_t leastPull = 16;
 
-REALTIME void clear(AVAudioPCMBuffer &buffer, std::uint32_t from, std::uint32_t to) noexcept
+REALTIME void clear(float *const *channels, std::uint32_t count, std::uint32_t from,
+                    std::uint32_t to) noexcept
 {
-    float *const *const channels = buffer.floatChannelData();
-    for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel)
+    for (std::uint32_t channel = 0; channel < count; ++channel)
         std::fill(channels[channel] + from, channels[channel] + to, 0.0F);
 }
 
@@ -40,9 +40,13 @@ PlayerStep::PlayerStep(std::shared_ptr<PlayerCore> player, const AVAudioFormat &
 
 const float *const *PlayerStep::pull(std::uint32_t frames) noexcept
 {
-    const std::uint32_t read = player_->read(format(), buffer_.floatChannelData(), frames);
-    if (read < frames)
-        clear(buffer_, read, frames);
+    std::uint32_t count = frames;
+    const float *const *const borrowed = player_->borrow(format(), count);
+    if (count == frames)
+        return borrowed;
+    for (std::uint32_t channel = 0; count > 0 && channel < format().channelCount(); ++channel)
+        std::copy_n(borrowed[channel], count, buffer_.floatChannelData()[channel]);
+    clear(buffer_.floatChannelData(), format().channelCount(), count, frames);
     return buffer_.floatChannelData();
 }
 
@@ -56,12 +60,16 @@ UnitStep::UnitStep(std::shared_ptr<AUAudioUnit> unit, std::shared_ptr<RenderCloc
 
 const float *const *UnitStep::pull(std::uint32_t frames) noexcept
 {
-    const AURenderBlock block{source_->pull(frames), buffer_.floatChannelData(), frames,
-                              clock_->frames};
+    pullInto(buffer_.floatChannelData(), frames);
+    return buffer_.floatChannelData();
+}
+
+void UnitStep::pullInto(float *const *destination, std::uint32_t frames) noexcept
+{
+    const AURenderBlock block{source_->pull(frames), destination, frames, clock_->frames};
     clock_->frames += frames;
     if (unit_ == nullptr || !unit_->render(block))
-        clear(buffer_, 0, frames);
-    return buffer_.floatChannelData();
+        clear(destination, format().channelCount(), 0, frames);
 }
 
 SumStep::SumStep(std::vector<RenderStepPointer> sources, const AVAudioFormat &format,
@@ -72,8 +80,8 @@ SumStep::SumStep(std::vector<RenderStepPointer> sources, const AVAudioFormat &fo
 
 const float *const *SumStep::pull(std::uint32_t frames) noexcept
 {
-    clear(buffer_, 0, frames);
     float *const *const sum = buffer_.floatChannelData();
+    clear(sum, format().channelCount(), 0, frames);
     for (const RenderStepPointer &source : sources_) {
         const float *const *const part = source->pull(frames);
         for (std::uint32_t channel = 0; channel < format().channelCount(); ++channel)
@@ -101,7 +109,8 @@ RateStep::RateStep(RenderStepPointer source, double sampleRate, std::uint32_t ma
     : RenderStep(AVAudioFormat(sampleRate, source->format().channelCount())),
       source_(std::move(source)),
       converter_(source_->format().sampleRate(), sampleRate, format().channelCount()),
-      maximumFrames_(maximumFrames), buffer_(format(), maximumFrames)
+      maximumFrames_(maximumFrames), input_(source_->format(), maximumFrames),
+      buffer_(format(), maximumFrames)
 {
 }
 
@@ -113,16 +122,16 @@ const float *const *RateStep::pull(std::uint32_t frames) noexcept
             const double wanted = std::ceil((frames - made) / converter_.ratio());
             inputFrames_ = std::clamp(static_cast<std::uint32_t>(wanted),
                                       std::min(leastPull, maximumFrames_), maximumFrames_);
-            input_ = source_->pull(inputFrames_);
+            source_->pullInto(input_.floatChannelData(), inputFrames_);
             inputOffset_ = 0;
         }
         const RateConverter::Progress progress =
-            converter_.process(input_, inputOffset_, inputFrames_, buffer_.floatChannelData(), made,
-                               frames - made, false);
+            converter_.process(input_.floatChannelData(), inputOffset_, inputFrames_,
+                               buffer_.floatChannelData(), made, frames - made, false);
         if (progress.taken == 0 && progress.made == 0) {
             // The converter refuses its input; silence rather than a dead loop.
             inputFrames_ = 0;
-            clear(buffer_, made, frames);
+            clear(buffer_.floatChannelData(), format().channelCount(), made, frames);
             break;
         }
         inputOffset_ += progress.taken;

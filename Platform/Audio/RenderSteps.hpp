@@ -54,6 +54,7 @@ public:
     UnitStep(std::shared_ptr<AUAudioUnit> unit, std::shared_ptr<RenderClock> clock,
              RenderStepPointer source, const AVAudioFormat &format, std::uint32_t maximumFrames);
     REALTIME const float *const *pull(std::uint32_t frames) noexcept override;
+    REALTIME void pullInto(float *const *destination, std::uint32_t frames) noexcept override;
 
 private:
     std::shared_ptr<AUAudioUnit> unit_;
@@ -99,8 +100,8 @@ private:
     RenderStepPointer source_;
     RateConverter converter_;
     std::uint32_t maximumFrames_;
+    AVAudioPCMBuffer input_; // what is left of it is used in the next block
     AVAudioPCMBuffer buffer_;
-    const float *const *input_ = nullptr;
     std::uint32_t inputOffset_ = 0;
     std::uint32_t inputFrames_ = 0;
 };

@@ -5,38 +5,57 @@
 namespace platform::audio
 {
 
-SampleRing::SampleRing(const AVAudioFormat &format, std::uint32_t capacity)
-    : format_(format), capacity_(capacity)
+SampleRing::SampleRing(const AVAudioFormat &format, std::uint32_t capacity,
+                       std::uint32_t largestBlock)
+    : format_(format), capacity_(std::max(capacity, 1U)),
+      largestBlock_(std::min(largestBlock, capacity_)),
+      samples_(format.channelCount(), std::vector<float>(capacity_ + largestBlock_)),
+      front_(format.channelCount())
 {
-    for (std::uint32_t channel = 0; channel < format.channelCount(); ++channel)
-        queues_.emplace_back(capacity);
 }
 
 std::uint32_t SampleRing::available() const noexcept
 {
-    return static_cast<std::uint32_t>(queues_.back().read_available());
-}
-
-std::uint32_t SampleRing::space() const
-{
-    return static_cast<std::uint32_t>(queues_.back().write_available());
+    // The later of the two is read last, so that the difference is never negative.
+    const std::uint64_t taken = taken_.load(std::memory_order_acquire);
+    return static_cast<std::uint32_t>(written_.load(std::memory_order_acquire) - taken);
 }
 
 std::uint32_t SampleRing::write(const float *const *channels, std::uint32_t offset,
                                 std::uint32_t frames)
 {
     const std::uint32_t count = std::min(frames, space());
-    for (Queue &queue : queues_)
-        queue.push(*channels++ + offset, count);
+    const std::uint64_t written = written_.load(std::memory_order_relaxed);
+    const std::uint32_t place = placeOf(written);
+    const std::uint32_t untilEnd = std::min(count, capacity_ - place);
+    put(channels, offset, place, untilEnd);
+    put(channels, offset + untilEnd, 0, count - untilEnd);
+    written_.store(written + count, std::memory_order_release);
     return count;
 }
 
-std::uint32_t SampleRing::read(float *const *channels, std::uint32_t frames) noexcept
+void SampleRing::put(const float *const *channels, std::uint32_t offset, std::uint32_t place,
+                     std::uint32_t frames)
 {
-    const std::uint32_t count = std::min(frames, available());
-    for (Queue &queue : queues_)
-        queue.pop(*channels++, count);
-    return count;
+    const std::uint32_t twice = place < largestBlock_ ? std::min(frames, largestBlock_ - place) : 0;
+    for (std::vector<float> &samples : samples_) {
+        const float *const from = *channels++ + offset;
+        std::copy_n(from, frames, samples.data() + place);
+        std::copy_n(from, twice, samples.data() + capacity_ + place);
+    }
+}
+
+const float *const *SampleRing::front() noexcept
+{
+    const std::uint32_t place = placeOf(taken_.load(std::memory_order_relaxed));
+    for (std::size_t channel = 0; channel < front_.size(); ++channel)
+        front_[channel] = samples_[channel].data() + place;
+    return front_.data();
+}
+
+void SampleRing::take(std::uint32_t frames) noexcept
+{
+    taken_.store(taken_.load(std::memory_order_relaxed) + frames, std::memory_order_release);
 }
 
 } // namespace platform::audio

@@ -3,45 +3,60 @@
 #include "Platform/Audio/AVAudioFormat.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
-#include <boost/lockfree/spsc_queue.hpp>
-
+#include <atomic>
 #include <cstdint>
-#include <deque>
+#include <vector>
 
 namespace platform::audio
 {
 
 /// Frames on their way from one writing thread to one reading thread, without
-/// locks. One queue a channel; both ends take the channels in the same order, so
-/// the last channel says how many whole frames there are.
+/// locks. The reader uses frames where they lie: what is written near the start
+/// is written behind the end as well, so that a block never has to be put
+/// together from two parts.
 class SampleRing
 {
 public:
-    /// Room for `capacity` frames of `format`.
-    SampleRing(const AVAudioFormat &format, std::uint32_t capacity);
+    /// Room for `capacity` frames of `format`, to be read in blocks of up to
+    /// `largestBlock` frames, at most the capacity.
+    SampleRing(const AVAudioFormat &format, std::uint32_t capacity, std::uint32_t largestBlock);
 
     const AVAudioFormat &format() const { return format_; }
     std::uint32_t capacity() const { return capacity_; }
+    std::uint32_t largestBlock() const { return largestBlock_; }
 
     /// Frames that can be read now. Either end.
     REALTIME std::uint32_t available() const noexcept;
     /// Frames that can be written now. The writer.
-    std::uint32_t space() const;
+    std::uint32_t space() const { return capacity_ - available(); }
 
     /// Writes up to `frames` frames of `channels`, from `offset` on; answers how
     /// many. The writer.
     std::uint32_t write(const float *const *channels, std::uint32_t offset, std::uint32_t frames);
 
-    /// Reads up to `frames` frames to the start of `channels`; answers how many.
-    /// The reader.
-    REALTIME std::uint32_t read(float *const *channels, std::uint32_t frames) noexcept;
+    /// The next frames to be read, one pointer a channel: as many as are available,
+    /// at most a block. They stay until they are taken. The reader.
+    REALTIME const float *const *front() noexcept;
+    /// Makes room of `frames` frames, no more than are available. The reader.
+    REALTIME void take(std::uint32_t frames) noexcept;
 
 private:
-    using Queue = boost::lockfree::spsc_queue<float>;
+    std::uint32_t placeOf(std::uint64_t frame) const
+    {
+        return static_cast<std::uint32_t>(frame % capacity_);
+    }
+    void put(const float *const *channels, std::uint32_t offset, std::uint32_t place,
+             std::uint32_t frames);
 
     AVAudioFormat format_;
     std::uint32_t capacity_;
-    std::deque<Queue> queues_; // a deque, since the queues cannot be moved
+    std::uint32_t largestBlock_;
+    std::vector<std::vector<float>> samples_; // a channel each
+    std::vector<const float *> front_;
+    // Frames since the beginning; on cache lines of their own, since each end
+    // writes one of them.
+    alignas(64) std::atomic<std::uint64_t> written_{0};
+    alignas(64) std::atomic<std::uint64_t> taken_{0};
 };
 
 } // namespace platform::audio

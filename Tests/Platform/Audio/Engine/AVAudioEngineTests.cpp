@@ -366,6 +366,8 @@ TEST_F(EngineTest, ManualRenderingRefusesWhatWasNotAgreed)
     EXPECT_THROW(engine.renderOffline(10, small), PlatformError);
     engine.renderOffline(512, buffer);
     EXPECT_EQ(buffer.frameLength(), 512U);
+    engine.renderOffline(0, buffer);
+    EXPECT_EQ(buffer.frameLength(), 0U);
     engine.disableManualRenderingMode();
     EXPECT_FALSE(engine.isRunning());
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <thread>
 #include <vector>
@@ -11,9 +12,19 @@ namespace
 
 using platform::audio::SampleRing;
 
+// Reads up to `frames` frames out of the ring.
+std::uint32_t read(SampleRing &ring, float *const *channels, std::uint32_t frames)
+{
+    const std::uint32_t count = std::min({frames, ring.available(), ring.largestBlock()});
+    for (std::uint32_t channel = 0; channel < ring.format().channelCount(); ++channel)
+        std::copy_n(ring.front()[channel], count, channels[channel]);
+    ring.take(count);
+    return count;
+}
+
 TEST(SampleRing, TakesWhatFitsAndGivesWhatIsThere)
 {
-    SampleRing ring(AVAudioFormat(48000, 2), 4);
+    SampleRing ring(AVAudioFormat(48000, 2), 4, 4);
     const std::array<float, 6> left{0, 1, 2, 3, 4, 5};
     const std::array<float, 6> right{10, 11, 12, 13, 14, 15};
     const std::array<const float *, 2> in{left.data(), right.data()};
@@ -24,16 +35,33 @@ TEST(SampleRing, TakesWhatFitsAndGivesWhatIsThere)
     std::array<float, 8> outLeft{};
     std::array<float, 8> outRight{};
     const std::array<float *, 2> out{outLeft.data(), outRight.data()};
-    EXPECT_EQ(ring.read(out.data(), 8), 4U);
+    EXPECT_EQ(read(ring, out.data(), 8), 4U);
     EXPECT_EQ(outLeft, (std::array<float, 8>{1, 2, 3, 4}));
     EXPECT_EQ(outRight, (std::array<float, 8>{11, 12, 13, 14}));
-    EXPECT_EQ(ring.read(out.data(), 8), 0U);
+    EXPECT_EQ(read(ring, out.data(), 8), 0U);
+}
+
+TEST(SampleRing, ABlockLiesInOnePieceWhereverItBegins)
+{
+    SampleRing ring(AVAudioFormat(48000, 1), 10, 7);
+    float next = 0;
+    float expected = 0;
+    for (int turn = 0; turn < 50; ++turn) {
+        std::array<float, 7> frames{};
+        for (float &frame : frames)
+            frame = next++;
+        const float *const in = frames.data();
+        ASSERT_EQ(ring.write(&in, 0, 7), 7U);
+        for (std::uint32_t index = 0; index < 7; ++index)
+            ASSERT_EQ(ring.front()[0][index], expected++);
+        ring.take(7);
+    }
 }
 
 TEST(SampleRing, KeepsOrderAndChannelsTogetherBetweenTwoThreads)
 {
     constexpr std::uint32_t total = 200000;
-    SampleRing ring(AVAudioFormat(48000, 2), 100);
+    SampleRing ring(AVAudioFormat(48000, 2), 100, 13);
     std::thread writer([&ring] {
         std::array<float, 17> left{};
         std::array<float, 17> right{};
@@ -53,7 +81,7 @@ TEST(SampleRing, KeepsOrderAndChannelsTogetherBetweenTwoThreads)
     const std::array<float *, 2> out{left.data(), right.data()};
     std::uint32_t wrong = 0;
     for (std::uint32_t next = 0; next < total;) {
-        const std::uint32_t count = ring.read(out.data(), 13);
+        const std::uint32_t count = read(ring, out.data(), 13);
         for (std::uint32_t index = 0; index < count; ++index, ++next)
             if (left[index] != static_cast<float>(next) || right[index] != -left[index])
                 ++wrong;
