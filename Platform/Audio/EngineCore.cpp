@@ -24,6 +24,9 @@ namespace
 
 constexpr double secondsAhead = 0.1;
 
+// Without a clock to keep to, little enough to stay in the fastest cache.
+constexpr double secondsAheadByHand = 0.04;
+
 // A larger block of the device is rendered in parts, so this bounds memory alone.
 constexpr std::uint32_t mostFramesPerBlock = 8192;
 
@@ -214,7 +217,8 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
 
 RenderPlanner EngineCore::planner() const
 {
-    return {graph_, *output_, *output_->outputFormat(0), maximumFrames_, secondsAhead};
+    return {graph_, *output_, *output_->outputFormat(0), maximumFrames_,
+            manualFormat_ ? secondsAheadByHand : secondsAhead};
 }
 
 void EngineCore::graphChanged()

@@ -133,7 +133,7 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
 
 bool PlayerCore::hasFrames(std::uint32_t frames) noexcept
 {
-    return !playing_ || framesReady() >= frames;
+    return !completing_ && (!playing_ || framesReady() >= frames);
 }
 
 // Decodes on the calling thread, whose cache then holds what is read next; that the
@@ -145,6 +145,13 @@ void PlayerCore::waitForFrames(std::uint32_t frames)
         return;
     Lock lock(mutex_);
     for (;;) {
+        if (completing_) {
+            // It may stop, play or schedule.
+            feederRests_.wait(lock, [this] { return !completing_; });
+            letQueuesSettle(lock);
+        }
+        if (!playing_)
+            return;
         while (framesReady() < frames && feedFrames())
             continue;
         if (framesReady() >= frames)
@@ -154,15 +161,20 @@ void PlayerCore::waitForFrames(std::uint32_t frames)
         if (framesReady() >= frames)
             return;
         const std::uint64_t before = changes_;
-        lock.unlock();
-        foundation::waitUntilSerialQueuesAreIdle();
-        lock.lock();
+        letQueuesSettle(lock);
         if (changes_ != before)
             continue;
         if (!feed_ || !feed_->holdsBack() || !queue_.empty())
             return;
         drainWanted_ = true;
     }
+}
+
+void PlayerCore::letQueuesSettle(Lock &lock)
+{
+    lock.unlock();
+    foundation::waitUntilSerialQueuesAreIdle();
+    lock.lock();
 }
 
 std::uint32_t PlayerCore::framesReady() noexcept
@@ -281,7 +293,7 @@ void PlayerCore::completeHead(Lock &lock)
 
 void PlayerCore::runCompletions(Lock &lock, Queue done)
 {
-    const bool outermost = !std::exchange(completing_, true);
+    const bool outermost = !completing_.exchange(true);
     lock.unlock();
     for (Scheduled &scheduled : done)
         if (scheduled.completion)

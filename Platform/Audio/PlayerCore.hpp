@@ -44,8 +44,8 @@ public:
     void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead,
                    std::uint32_t largestBlock);
 
-    /// Whether `frames` frames can be read, or none are to be had because it does
-    /// not play. On the thread that reads.
+    /// Whether no completion is running, and `frames` frames can be read or none are
+    /// to be had because it does not play. On the thread that reads.
     bool hasFrames(std::uint32_t frames) noexcept;
 
     /// For deterministic rendering: returns when `frames` frames can be read, or
@@ -82,11 +82,13 @@ private:
     void runCompletions(Lock &lock, Queue done);
     bool ringRunsLow() const;
     void rest(Lock &lock);
+    static void letQueuesSettle(Lock &lock);
     void changed();
     std::uint32_t framesReady() noexcept;
     std::unique_ptr<AVAudioPCMBuffer> takeFramesAhead();
 
     std::atomic<bool> playing_{false};
+    std::atomic<bool> completing_{false}; // set and cleared under the mutex
     Published<SampleRing> ring_;
     SampleRing *borrowedFrom_ = nullptr; // the callback's own
     std::uint32_t borrowed_ = 0;
@@ -98,7 +100,6 @@ private:
     Queue dropped_; // completions still to be called
     std::unique_ptr<FileFeed> feed_;
     bool headBegun_ = false;
-    bool completing_ = false;
     bool drainWanted_ = false;
     bool awake_ = true;
     bool ends_ = false;
