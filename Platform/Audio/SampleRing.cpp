@@ -7,10 +7,8 @@ namespace platform::audio
 
 SampleRing::SampleRing(const AVAudioFormat &format, std::uint32_t capacity,
                        std::uint32_t largestBlock)
-    : format_(format), capacity_(std::max(capacity, 1U)),
-      largestBlock_(std::min(largestBlock, capacity_)),
-      samples_(format.channelCount(), std::vector<float>(capacity_ + largestBlock_)),
-      front_(format.channelCount())
+    : capacity_(std::max(capacity, 1U)), largestBlock_(std::min(largestBlock, capacity_)),
+      samples_(format, capacity_ + largestBlock_), front_(format.channelCount())
 {
 }
 
@@ -38,10 +36,11 @@ void SampleRing::put(const float *const *channels, std::uint32_t offset, std::ui
                      std::uint32_t frames)
 {
     const std::uint32_t twice = place < largestBlock_ ? std::min(frames, largestBlock_ - place) : 0;
-    for (std::vector<float> &samples : samples_) {
-        const float *const from = *channels++ + offset;
-        std::copy_n(from, frames, samples.data() + place);
-        std::copy_n(from, twice, samples.data() + capacity_ + place);
+    for (std::size_t channel = 0; channel < front_.size(); ++channel) {
+        const float *const from = channels[channel] + offset;
+        float *const samples = samples_.floatChannelData()[channel];
+        std::copy_n(from, frames, samples + place);
+        std::copy_n(from, twice, samples + capacity_ + place);
     }
 }
 
@@ -49,7 +48,7 @@ const float *const *SampleRing::front() noexcept
 {
     const std::uint32_t place = placeOf(taken_.load(std::memory_order_relaxed));
     for (std::size_t channel = 0; channel < front_.size(); ++channel)
-        front_[channel] = samples_[channel].data() + place;
+        front_[channel] = samples_.floatChannelData()[channel] + place;
     return front_.data();
 }
 

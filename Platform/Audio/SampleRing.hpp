@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Audio/AVAudioFormat.hpp"
+#include "Platform/Audio/AVAudioPCMBuffer.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
 #include <atomic>
@@ -21,7 +21,7 @@ public:
     /// `largestBlock` frames, at most the capacity.
     SampleRing(const AVAudioFormat &format, std::uint32_t capacity, std::uint32_t largestBlock);
 
-    const AVAudioFormat &format() const { return format_; }
+    const AVAudioFormat &format() const { return samples_.format(); }
     std::uint32_t capacity() const { return capacity_; }
     std::uint32_t largestBlock() const { return largestBlock_; }
 
@@ -48,10 +48,9 @@ private:
     void put(const float *const *channels, std::uint32_t offset, std::uint32_t place,
              std::uint32_t frames);
 
-    AVAudioFormat format_;
     std::uint32_t capacity_;
     std::uint32_t largestBlock_;
-    std::vector<std::vector<float>> samples_; // a channel each
+    AVAudioPCMBuffer samples_; // the capacity, then the largest block
     std::vector<const float *> front_;
     // Frames since the beginning; on cache lines of their own, since each end
     // writes one of them.
