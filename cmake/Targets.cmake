@@ -14,6 +14,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # modules and resources the same way in both.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(PARVANE_MODULE_DIR "${CMAKE_BINARY_DIR}/lib/parvane-host")
+set(PARVANE_LIBEXEC_DIR "${CMAKE_BINARY_DIR}/libexec/parvane-host")
 set(PARVANE_RESOURCE_DIR "${CMAKE_BINARY_DIR}/share/parvane-host")
 set(PARVANE_LV2_DIR "${CMAKE_BINARY_DIR}/lib/lv2")
 

@@ -10,7 +10,7 @@
 #include "Benchmarks/Engine/Measurement.hpp"
 #include "Benchmarks/Engine/SoundFile.hpp"
 #include "Platform/Audio/AVAudioFile.hpp"
-#include "Platform/Audio/DenormalMode.hpp"
+#include "Platform/Foundation/DenormalMode.hpp"
 #include "Platform/Audio/OutputDevice.hpp"
 #include "Platform/Audio/PlayerCore.hpp"
 
@@ -156,7 +156,7 @@ void compareBlocks(const std::string &path, const Channels &input, std::uint32_t
     for (int burst = 0; burst < bursts; ++burst)
         for (std::size_t index = 0; index < contenders.size(); ++index) {
             engine.fill();
-            const platform::audio::DenormalMode noDenormals;
+            const platform::foundation::DenormalMode noDenormals;
             // Each follows each other one in turn.
             measureBurst(contenders[(index + static_cast<std::size_t>(burst)) % contenders.size()],
                          input, block);

@@ -9,7 +9,7 @@
 #include "Benchmarks/Engine/EngineRender.hpp"
 #include "Benchmarks/Engine/Measurement.hpp"
 #include "Benchmarks/Engine/SoundFile.hpp"
-#include "Platform/Audio/DenormalMode.hpp"
+#include "Platform/Foundation/DenormalMode.hpp"
 
 #include <fmt/core.h>
 
@@ -90,7 +90,7 @@ double ratioToLoop(const Trial &trial, Clock clock)
 template <typename Take>
 void runBarely(BareHost &host, const Channels &input, std::uint32_t block, const Take &take)
 {
-    const platform::audio::DenormalMode noDenormals;
+    const platform::foundation::DenormalMode noDenormals;
     for (std::size_t done = 0; done < frameCount; done += block) {
         const std::array<const float *, stereo> channels{input[0].data() + done,
                                                          input[1].data() + done};
@@ -105,7 +105,7 @@ void runBarely(BareHost &host, const Channels &input, std::uint32_t block, const
 void decodeAndRunBarely(BareHost &host, const std::string &path, Channels &packet,
                         std::uint32_t block)
 {
-    const platform::audio::DenormalMode noDenormals;
+    const platform::foundation::DenormalMode noDenormals;
     decodeBarely(path, packet, [&](std::size_t frames) {
         for (std::size_t done = 0; done < frames; done += block) {
             const std::array<const float *, stereo> channels{packet[0].data() + done,

@@ -1,7 +1,7 @@
 #include "Platform/Audio/AVAudioUnit.hpp"
 
 #include "Platform/Audio/AVAudioUnitComponentManager.hpp"
-#include "Platform/Audio/LocalAudioUnit.hpp"
+#include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
@@ -23,7 +23,7 @@ std::shared_ptr<AVAudioUnit> loadUnit(const AudioComponentDescription &descripti
     if (components.empty())
         throw PlatformError(
             fmt::format("No audio unit is registered as {}.", description.description()));
-    return std::make_shared<AVAudioUnit>(std::make_shared<LocalAudioUnit>(components.front()));
+    return std::make_shared<AVAudioUnit>(std::make_shared<RemoteAudioUnit>(components.front()));
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 #include "Platform/Audio/BundleManifest.hpp"
 
+#include "Platform/Audio/RDFVocabulary.hpp"
 #include "Platform/Audio/TextFile.hpp"
 #include "Platform/Audio/Turtle.hpp"
 #include "Platform/Foundation/Print.hpp"
 
 #include <fmt/format.h>
-#include <lilv/lilv.h>
 #include <lv2/core/lv2.h>
 
 #include <algorithm>
@@ -64,9 +64,9 @@ void noteComponentKey(Subject &subject, std::string_view property, std::string_v
 
 void noteStatement(Subject &subject, const TurtleStatement &statement)
 {
-    if (statement.predicate == LILV_NS_RDF "type")
+    if (statement.predicate == rdfType)
         subject.isPlugin |= statement.object == LV2_CORE__Plugin;
-    else if (statement.predicate == LILV_NS_RDFS "seeAlso") {
+    else if (statement.predicate == rdfsSeeAlso) {
         if (auto path = pathOfFileLocation(statement.object))
             subject.dataFiles.push_back(std::move(*path));
     } else if (statement.predicate.substr(0, componentVocabulary.size()) == componentVocabulary)

@@ -1,9 +1,9 @@
 #include "Platform/Audio/DerivedDescription.hpp"
 
+#include "Platform/Audio/RDFVocabulary.hpp"
 #include "Platform/Audio/TextFile.hpp"
 #include "Platform/Audio/Turtle.hpp"
 
-#include <lilv/lilv.h>
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
 #include <lv2/event/event.h>
@@ -138,7 +138,7 @@ DerivedTypes::PortsByPlugin DerivedTypes::readFile(const std::string &path)
     readTurtle(*text, folder, [&](const TurtleStatement &statement) {
         if (statement.predicate == LV2_CORE__port)
             portsOfPlugins.emplace_back(statement.subject, statement.object);
-        else if (statement.predicate == LILV_NS_RDF "type")
+        else if (statement.predicate == rdfType)
             noteType(kinds[std::string(statement.subject)], statement.object);
         else if ((statement.predicate == LV2_ATOM__supports ||
                   statement.predicate == LV2_EVENT__supportsEvent) &&

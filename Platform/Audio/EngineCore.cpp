@@ -3,8 +3,8 @@
 #include "Platform/Audio/AUAudioUnit.hpp"
 #include "Platform/Audio/AVAudioPCMBuffer.hpp"
 #include "Platform/Audio/AVAudioUnit.hpp"
-#include "Platform/Audio/DenormalMode.hpp"
 #include "Platform/Audio/PlayerCore.hpp"
+#include "Platform/Foundation/DenormalMode.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
 
@@ -185,7 +185,7 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
             player.core->waitForFrames(player.framesPerBlock);
         plan = plan_.acquire();
     }
-    const DenormalMode noDenormals;
+    const foundation::DenormalMode noDenormals;
     if (plan != nullptr) {
         plan->last->pullInto(buffer.floatChannelData(), frames);
         plan->finishBlock();
@@ -200,7 +200,7 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
                                    std::uint32_t channels) noexcept
 {
     blocksBegun_.fetch_add(1, std::memory_order_relaxed);
-    const DenormalMode noDenormals;
+    const foundation::DenormalMode noDenormals;
     RenderPlan *const plan = plan_.acquire();
     const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
     while (fits && frames > 0) {

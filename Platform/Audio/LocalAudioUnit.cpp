@@ -2,20 +2,16 @@
 
 #include "Platform/Audio/ComponentRegistry.hpp"
 #include "Platform/Audio/MIDIDelivery.hpp"
+#include "Platform/Audio/RenderFormat.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 
 #include <fmt/format.h>
-#include <lv2/log/log.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <utility>
 
 using platform::lv2::Instance;
-using platform::lv2::Port;
-using platform::lv2::PortKind;
 
 namespace
 {
@@ -23,28 +19,25 @@ namespace
 // Whatever a unit is connected to, it is most likely this.
 const Instance::Settings likelySettings{48000.0, 4096, false, std::nullopt};
 
-constexpr std::uint32_t mostFrames = 1U << 20U;
-
-// The callback wakes nobody: MIDI waits for the thread to look, this long at most.
-constexpr std::chrono::milliseconds deliveryInterval{5};
-
 } // namespace
 
 LocalAudioUnit::LocalAudioUnit(const AVAudioUnitComponent &component)
     : component_(component),
-      plugin_(std::make_unique<platform::lv2::Plugin>(
-          component.pluginURI(), platform::audio::bundlesOfPlugin(component.pluginURI()))),
-      exchange_(std::make_shared<platform::lv2::Exchange>(plugin_->name())),
-      instance_(std::make_unique<Instance>(*plugin_, *exchange_, likelySettings)),
-      delivery_(std::make_shared<platform::audio::MIDIDelivery>(plugin_->name(), exchange_))
+      hosted_(component.pluginURI(), platform::audio::bundlesOfPlugin(component.pluginURI()),
+              likelySettings),
+      exchange_(hosted_.exchange()), takesMIDI_(hosted_.takesMIDI()),
+      delivery_(std::make_shared<platform::audio::MIDIDelivery>(
+          hosted_.plugin().name(),
+          std::shared_ptr<platform::lv2::MidiOutput>(exchange_, &exchange_->midiOutput)))
 {
-    const auto &ports = plugin_->ports();
-    takesMIDI_ = std::any_of(ports.begin(), ports.end(),
-                             [](const Port &port) { return port.hasMidi && port.isInput; });
-    if (!MIDIOutputNames().empty() || plugin_->hasFeature(LV2_LOG__log))
+    if (!hosted_.MIDIOutputNames().empty() || hosted_.logs())
         // The thread may outlive the unit within a handler that lets go of it.
         midiThread_ = std::make_unique<platform::lv2::PollingThread>(
-            "effect-midi", deliveryInterval, [delivery = delivery_] { delivery->deliver(); });
+            "effect-midi", platform::audio::MIDIDelivery::interval,
+            [delivery = delivery_, exchange = exchange_] {
+                delivery->deliver();
+                exchange->log.writeOut();
+            });
 }
 
 LocalAudioUnit::~LocalAudioUnit()
@@ -59,28 +52,24 @@ AudioComponentDescription LocalAudioUnit::componentDescription() const
 
 std::string LocalAudioUnit::audioUnitName() const
 {
-    return plugin_->name();
+    return hosted_.plugin().name();
 }
 
 std::optional<std::string> LocalAudioUnit::contextName() const
 {
     const std::lock_guard lock(mutex_);
-    return instance_->settings().contextName;
+    return hosted_.instance().settings().contextName;
 }
 
 void LocalAudioUnit::setContextName(std::optional<std::string> name)
 {
     const std::lock_guard lock(mutex_);
-    instance_->setContextName(name);
+    hosted_.instance().setContextName(name);
 }
 
 std::vector<std::string> LocalAudioUnit::MIDIOutputNames() const
 {
-    std::vector<std::string> names;
-    for (const Port &port : plugin_->ports())
-        if (port.hasMidi && !port.isInput)
-            names.push_back(port.name);
-    return names;
+    return hosted_.MIDIOutputNames();
 }
 
 void LocalAudioUnit::setMIDIOutputEventBlock(AUMIDIOutputEventBlock block)
@@ -93,7 +82,7 @@ LocalAudioUnit::factoryPresets() const
 {
     const std::lock_guard lock(mutex_);
     std::vector<std::shared_ptr<AUAudioUnitPreset>> presets;
-    for (const auto &preset : plugin_->presets())
+    for (const auto &preset : hosted_.plugin().presets())
         presets.push_back(std::make_shared<AUAudioUnitPreset>(
             static_cast<std::int64_t>(presets.size()), preset.label));
     if (presets.empty())
@@ -111,12 +100,9 @@ void LocalAudioUnit::setCurrentPreset(const std::shared_ptr<AUAudioUnitPreset> &
 {
     const std::lock_guard lock(mutex_);
     if (preset) {
-        const auto &presets = plugin_->presets();
-        const auto number = static_cast<std::size_t>(preset->number);
-        if (preset->number < 0 || number >= presets.size() ||
-            !instance_->loadState(presets[number].uri))
-            throw PlatformError(fmt::format("{} has no preset {} (\"{}\").", plugin_->name(),
-                                            preset->number, preset->name));
+        if (preset->number < 0 || !hosted_.loadPreset(static_cast<std::size_t>(preset->number)))
+            throw PlatformError(fmt::format("{} has no preset {} (\"{}\").",
+                                            hosted_.plugin().name(), preset->number, preset->name));
     }
     currentPreset_ = preset;
 }
@@ -127,47 +113,23 @@ void LocalAudioUnit::requestViewController(
     DispatchQueue::main().async([completion = std::move(completion)] { completion(nullptr); });
 }
 
-std::uint32_t LocalAudioUnit::mainChannelCount(bool ofInput) const
-{
-    const auto &ports = plugin_->ports();
-    return static_cast<std::uint32_t>(
-        std::count_if(ports.begin(), ports.end(), [&](const Port &port) {
-            return port.kind == PortKind::audio && !port.isSideChain && port.isInput == ofInput;
-        }));
-}
-
 std::uint32_t LocalAudioUnit::inputChannelCount() const
 {
-    return mainChannelCount(true);
+    return hosted_.inputChannelCount();
 }
 
 std::uint32_t LocalAudioUnit::outputChannelCount() const
 {
-    return mainChannelCount(false);
+    return hosted_.outputChannelCount();
 }
 
 void LocalAudioUnit::allocateRenderResources(double sampleRate, std::uint32_t maximumFrames)
 {
-    if (!std::isfinite(sampleRate) || sampleRate <= 0.0 || maximumFrames == 0 ||
-        maximumFrames > mostFrames)
-        throw PlatformError(fmt::format("{} cannot render blocks of {} frames at {} Hz.",
-                                        plugin_->name(), maximumFrames, sampleRate));
+    platform::audio::requireRenderable(hosted_.plugin().name(), sampleRate, maximumFrames);
     const std::lock_guard lock(mutex_);
     rendering_.store(nullptr);
-    Instance::Settings settings = instance_->settings();
-    if (settings.sampleRate != sampleRate || settings.maximumFrames < maximumFrames) {
-        settings.sampleRate = sampleRate;
-        settings.maximumFrames = maximumFrames;
-        replaceInstance(settings);
-    }
-    rendering_.store(instance_.get());
-}
-
-void LocalAudioUnit::replaceInstance(const Instance::Settings &settings)
-{
-    const platform::lv2::State state = instance_->save();
-    auto replacement = std::make_unique<Instance>(*plugin_, *exchange_, settings, &state);
-    instance_ = std::move(replacement);
+    hosted_.prepare(sampleRate, maximumFrames);
+    rendering_.store(&hosted_.instance());
 }
 
 void LocalAudioUnit::deallocateRenderResources()
@@ -185,7 +147,7 @@ void LocalAudioUnit::setRenderingOffline(bool offline)
 {
     const std::lock_guard lock(mutex_);
     rendersOffline_ = offline;
-    instance_->setOffline(offline);
+    hosted_.instance().setOffline(offline);
 }
 
 double LocalAudioUnit::latency() const
@@ -193,7 +155,7 @@ double LocalAudioUnit::latency() const
     const std::lock_guard lock(mutex_);
     if (!renderResourcesAllocated())
         return 0.0;
-    return std::max(0.0, instance_->latency()) / instance_->settings().sampleRate;
+    return std::max(0.0, hosted_.instance().latency()) / hosted_.instance().settings().sampleRate;
 }
 
 bool LocalAudioUnit::scheduleMIDIEvent(std::uint32_t frameOffset, const std::uint8_t *bytes,

@@ -2,9 +2,7 @@
 
 #include "Platform/Audio/AUAudioUnit.hpp"
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
-#include "Platform/LV2/Exchange.hpp"
-#include "Platform/LV2/Instance.hpp"
-#include "Platform/LV2/Plugin.hpp"
+#include "Platform/LV2/HostedPlugin.hpp"
 #include "Platform/LV2/PollingThread.hpp"
 
 #include <atomic>
@@ -20,7 +18,8 @@ namespace platform::audio
 class MIDIDelivery;
 }
 
-/// An LV2 plug-in in this process as an audio unit.
+/// An LV2 plug-in in this process as an audio unit: what a unit in a process of its
+/// own is compared with.
 class LocalAudioUnit final : public AUAudioUnit
 {
 public:
@@ -63,18 +62,14 @@ public:
     REALTIME bool render(const AURenderBlock &block) noexcept override;
 
 private:
-    std::uint32_t mainChannelCount(bool ofInput) const;
-    void replaceInstance(const platform::lv2::Instance::Settings &settings);
-
     const AVAudioUnitComponent component_;
     // Guards everything below it against other control operations.
     mutable std::mutex mutex_;
-    const std::unique_ptr<platform::lv2::Plugin> plugin_;
+    mutable platform::lv2::HostedPlugin hosted_; // finds its presets when asked
     const std::shared_ptr<platform::lv2::Exchange> exchange_;
-    std::unique_ptr<platform::lv2::Instance> instance_;
     std::shared_ptr<AUAudioUnitPreset> currentPreset_;
 
-    bool takesMIDI_ = false;
+    const bool takesMIDI_;
     bool rendersOffline_ = false;
     // The instance while render resources are allocated, for the callback.
     std::atomic<platform::lv2::Instance *> rendering_{nullptr};

@@ -19,17 +19,16 @@ constexpr std::size_t leastBytes = 3;
 
 } // namespace
 
-MIDIDelivery::MIDIDelivery(std::string unitName, std::shared_ptr<lv2::Exchange> exchange)
-    : unitName_(std::move(unitName)), exchange_(std::move(exchange))
+MIDIDelivery::MIDIDelivery(std::string unitName, std::shared_ptr<lv2::MidiOutput> output)
+    : unitName_(std::move(unitName)), output_(std::move(output))
 {
 }
 
 void MIDIDelivery::deliver()
 {
     deliveringThread_.store(std::this_thread::get_id());
-    while (const auto event = exchange_->midiOutput.pop())
+    while (const auto event = output_->pop())
         deliverEvent(*event);
-    exchange_->log.writeOut();
     reportLosses();
 }
 
@@ -58,7 +57,7 @@ void MIDIDelivery::setHandler(AUMIDIOutputEventBlock handler)
 
 void MIDIDelivery::reportLosses()
 {
-    if (exchange_->midiOutput.takeLostCount() == 0 || lossesWereReported_)
+    if (output_->takeLostCount() == 0 || lossesWereReported_)
         return;
     lossesWereReported_ = true;
     printError(

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "Platform/Audio/AUAudioUnit.hpp"
-#include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/MidiOutput.hpp"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -14,12 +15,14 @@
 namespace platform::audio
 {
 
-/// Hands on what a plug-in leaves on the audio callback: MIDI to the handler, log
-/// lines to standard error.
+/// Hands the MIDI that a plug-in leaves on the audio callback to the handler.
 class MIDIDelivery
 {
 public:
-    MIDIDelivery(std::string unitName, std::shared_ptr<lv2::Exchange> exchange);
+    /// How often to deliver. The callback wakes nobody: MIDI waits for a look.
+    static constexpr std::chrono::milliseconds interval{5};
+
+    MIDIDelivery(std::string unitName, std::shared_ptr<lv2::MidiOutput> output);
 
     /// Hands on what is there. One thread, the unit's MIDI thread.
     void deliver();
@@ -33,7 +36,7 @@ private:
     void reportLosses();
 
     const std::string unitName_;
-    const std::shared_ptr<lv2::Exchange> exchange_;
+    const std::shared_ptr<lv2::MidiOutput> output_;
     std::atomic<std::thread::id> deliveringThread_{};
     // Held while the handler runs.
     std::mutex handlerMutex_;

@@ -15,7 +15,11 @@ namespace platform::lv2
 /// one is replaced by another at a new sample rate, no message is lost and the
 /// threads at the other end need not know.
 struct Exchange {
-    explicit Exchange(std::string pluginName) : log(std::move(pluginName)) {}
+    /// `scratchFolder` as for `ScratchFolder`.
+    explicit Exchange(std::string pluginName, std::string scratchFolder = {})
+        : log(std::move(pluginName)), files(std::move(scratchFolder))
+    {
+    }
 
     MidiInput midiInput;
     MidiOutput midiOutput;

@@ -29,6 +29,13 @@ public:
     /// On the audio callback. An event for which there is no room is counted as lost.
     REALTIME void push(const Event &event) noexcept;
 
+    /// Counts events as lost that were so before they came here. Any thread.
+    REALTIME void countLost(std::uint64_t events) noexcept
+    {
+        if (events > 0)
+            lost_.fetch_add(events, std::memory_order_relaxed);
+    }
+
     /// How many events there have been, lost ones too. On the audio callback.
     REALTIME std::uint64_t count() const noexcept { return count_; }
 

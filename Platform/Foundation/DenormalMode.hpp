@@ -8,7 +8,7 @@
 #include <xmmintrin.h>
 #endif
 
-namespace platform::audio
+namespace platform::foundation
 {
 
 /// While it lives, this thread's arithmetic takes and makes zeros in place of
@@ -51,4 +51,4 @@ private:
 #endif
 };
 
-} // namespace platform::audio
+} // namespace platform::foundation

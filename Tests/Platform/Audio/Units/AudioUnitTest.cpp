@@ -1,6 +1,7 @@
 #include "LV2PathFixture.hpp"
 
 #include "Platform/Audio/LocalAudioUnit.hpp"
+#include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/RunLoop.hpp"
@@ -27,15 +28,24 @@ struct Event {
     std::vector<std::uint8_t> bytes;
 };
 
-class LocalAudioUnitTest : public LV2PathFixture
+enum class Place { thisProcess, ownProcess };
+
+/// Where the plug-in lives makes no difference to who uses the unit.
+class AudioUnitTest : public LV2PathFixture, public testing::WithParamInterface<Place>
 {
 protected:
-    std::shared_ptr<LocalAudioUnit> unit(const std::string &uri) const
+    std::shared_ptr<AUAudioUnit> unit(const std::string &uri) const
     {
         for (const char *bundle : {"amplifier", "midi", "ports", "state", "worker"})
             if (!std::filesystem::exists(folder() / (std::string(bundle) + ".lv2")))
                 link(bundle);
-        return std::make_shared<LocalAudioUnit>(AVAudioUnitComponent({}, uri));
+        const AVAudioUnitComponent component({}, uri);
+        if (GetParam() == Place::thisProcess)
+            return std::make_shared<LocalAudioUnit>(component);
+        auto remote = std::make_shared<RemoteAudioUnit>(component);
+        // A busy machine must not make blocks late.
+        remote->setRenderingOffline(true);
+        return remote;
     }
 
     /// Renders a block of ones and answers the first output channel; empty when
@@ -57,7 +67,7 @@ protected:
 
 } // namespace
 
-TEST_F(LocalAudioUnitTest, CountsTheChannelsOfTheMainAudio)
+TEST_P(AudioUnitTest, CountsTheChannelsOfTheMainAudio)
 {
     EXPECT_EQ(unit("urn:test:amplifier")->inputChannelCount(), 2U);
     EXPECT_EQ(unit("urn:test:amplifier")->outputChannelCount(), 2U);
@@ -67,7 +77,7 @@ TEST_F(LocalAudioUnitTest, CountsTheChannelsOfTheMainAudio)
     EXPECT_EQ(unit("urn:test:midi:echo")->inputChannelCount(), 0U);
 }
 
-TEST_F(LocalAudioUnitTest, RendersOnlyWithResources)
+TEST_P(AudioUnitTest, RendersOnlyWithResources)
 {
     const auto mono = unit("urn:test:mono");
     EXPECT_FALSE(mono->renderResourcesAllocated());
@@ -79,7 +89,7 @@ TEST_F(LocalAudioUnitTest, RendersOnlyWithResources)
     EXPECT_THAT(render(*mono), IsEmpty());
 }
 
-TEST_F(LocalAudioUnitTest, RefusesFormatsThatMakeNoSense)
+TEST_P(AudioUnitTest, RefusesFormatsThatMakeNoSense)
 {
     const auto mono = unit("urn:test:mono");
     EXPECT_THROW(mono->allocateRenderResources(0.0, 64), PlatformError);
@@ -88,7 +98,7 @@ TEST_F(LocalAudioUnitTest, RefusesFormatsThatMakeNoSense)
     EXPECT_THROW(mono->allocateRenderResources(48000.0, UINT32_MAX), PlatformError);
 }
 
-TEST_F(LocalAudioUnitTest, NumbersPresetsAndKeepsTheCurrentOneAcrossSampleRates)
+TEST_P(AudioUnitTest, NumbersPresetsAndKeepsTheCurrentOneAcrossSampleRates)
 {
     const auto amplifier = unit("urn:test:amplifier");
     const auto presets = amplifier->factoryPresets();
@@ -118,12 +128,12 @@ TEST_F(LocalAudioUnitTest, NumbersPresetsAndKeepsTheCurrentOneAcrossSampleRates)
             PlatformError);
 }
 
-TEST_F(LocalAudioUnitTest, HasNoPresetsWhereThePluginHasNone)
+TEST_P(AudioUnitTest, HasNoPresetsWhereThePluginHasNone)
 {
     EXPECT_FALSE(unit("urn:test:mono")->factoryPresets());
 }
 
-TEST_F(LocalAudioUnitTest, KeepsStateAcrossSampleRates)
+TEST_P(AudioUnitTest, KeepsStateAcrossSampleRates)
 {
     const auto stateful = unit("urn:test:state");
     stateful->setCurrentPreset(stateful->factoryPresets()->at(0));
@@ -134,7 +144,7 @@ TEST_F(LocalAudioUnitTest, KeepsStateAcrossSampleRates)
     EXPECT_EQ(report[2], 42.0F);
 }
 
-TEST_F(LocalAudioUnitTest, TellsThePluginTheNameOfItsContext)
+TEST_P(AudioUnitTest, TellsThePluginTheNameOfItsContext)
 {
     const auto curious = unit("urn:test:curious");
     EXPECT_EQ(curious->contextName(), std::nullopt);
@@ -147,7 +157,7 @@ TEST_F(LocalAudioUnitTest, TellsThePluginTheNameOfItsContext)
     EXPECT_EQ(curious->contextName(), "a host");
 }
 
-TEST_F(LocalAudioUnitTest, ReportsLatencyInSeconds)
+TEST_P(AudioUnitTest, ReportsLatencyInSeconds)
 {
     const auto delay = unit("urn:test:delay");
     EXPECT_EQ(delay->latency(), 0.0);
@@ -155,13 +165,13 @@ TEST_F(LocalAudioUnitTest, ReportsLatencyInSeconds)
     EXPECT_DOUBLE_EQ(delay->latency(), 64.0 / 32000.0);
 }
 
-TEST_F(LocalAudioUnitTest, NamesItsMIDIOutputs)
+TEST_P(AudioUnitTest, NamesItsMIDIOutputs)
 {
     EXPECT_THAT(unit("urn:test:midi:echo")->MIDIOutputNames(), ElementsAre("MIDI Out"));
     EXPECT_THAT(unit("urn:test:everything")->MIDIOutputNames(), IsEmpty());
 }
 
-TEST_F(LocalAudioUnitTest, HandsOnMIDIOnItsOwnThreadPaddedToThreeBytes)
+TEST_P(AudioUnitTest, HandsOnMIDIOnItsOwnThreadPaddedToThreeBytes)
 {
     const auto flood = unit("urn:test:midi:flood");
     std::vector<Event> events;
@@ -192,7 +202,7 @@ TEST_F(LocalAudioUnitTest, HandsOnMIDIOnItsOwnThreadPaddedToThreeBytes)
     EXPECT_EQ(events[3].bytes.back(), 0xF7);
 }
 
-TEST_F(LocalAudioUnitTest, HandsOnMIDIBeforeAnOfflineBlockReturns)
+TEST_P(AudioUnitTest, HandsOnMIDIBeforeAnOfflineBlockReturns)
 {
     const auto flood = unit("urn:test:midi:flood");
     std::atomic<int> events{0};
@@ -209,7 +219,7 @@ TEST_F(LocalAudioUnitTest, HandsOnMIDIBeforeAnOfflineBlockReturns)
     }
 }
 
-TEST_F(LocalAudioUnitTest, RunsNoHandlerAfterItWasReplaced)
+TEST_P(AudioUnitTest, RunsNoHandlerAfterItWasReplaced)
 {
     const auto flood = unit("urn:test:midi:flood");
     flood->allocateRenderResources(48000.0, blockFrames);
@@ -231,12 +241,12 @@ TEST_F(LocalAudioUnitTest, RunsNoHandlerAfterItWasReplaced)
     }
 }
 
-TEST_F(LocalAudioUnitTest, MayBeLetGoOfWithinItsHandler)
+TEST_P(AudioUnitTest, MayBeLetGoOfWithinItsHandler)
 {
     auto flood = unit("urn:test:midi:flood");
     flood->allocateRenderResources(48000.0, blockFrames);
     std::promise<void> gone;
-    auto holder = std::make_shared<std::shared_ptr<LocalAudioUnit>>(flood);
+    auto holder = std::make_shared<std::shared_ptr<AUAudioUnit>>(flood);
     flood->setMIDIOutputEventBlock([holder, &gone](std::int64_t, std::uint8_t, std::int64_t,
                                                    const std::uint8_t *) -> std::int32_t {
         if (*holder) {
@@ -250,7 +260,7 @@ TEST_F(LocalAudioUnitTest, MayBeLetGoOfWithinItsHandler)
     EXPECT_EQ(gone.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
 }
 
-TEST_F(LocalAudioUnitTest, EchoesScheduledMIDI)
+TEST_P(AudioUnitTest, EchoesScheduledMIDI)
 {
     const auto echo = unit("urn:test:midi:echo");
     std::vector<std::int64_t> times;
@@ -271,7 +281,7 @@ TEST_F(LocalAudioUnitTest, EchoesScheduledMIDI)
     EXPECT_FALSE(unit("urn:test:mono")->scheduleMIDIEvent(0, note.data(), note.size()));
 }
 
-TEST_F(LocalAudioUnitTest, AnswersWithoutAViewOnTheMainThread)
+TEST_P(AudioUnitTest, AnswersWithoutAViewOnTheMainThread)
 {
     const auto mono = unit("urn:test:mono");
     bool answered = false;
@@ -288,7 +298,7 @@ TEST_F(LocalAudioUnitTest, AnswersWithoutAViewOnTheMainThread)
     asker.join();
 }
 
-TEST_F(LocalAudioUnitTest, IsControlledWhileItRenders)
+TEST_P(AudioUnitTest, IsControlledWhileItRenders)
 {
     const auto amplifier = unit("urn:test:amplifier");
     amplifier->allocateRenderResources(48000.0, blockFrames);
@@ -310,3 +320,10 @@ TEST_F(LocalAudioUnitTest, IsControlledWhileItRenders)
     ending = true;
     audio.join();
 }
+
+INSTANTIATE_TEST_SUITE_P(Places, AudioUnitTest,
+                         testing::Values(Place::thisProcess, Place::ownProcess),
+                         [](const testing::TestParamInfo<Place> &place) {
+                             return place.param == Place::thisProcess ? "InThisProcess"
+                                                                      : "InItsOwnProcess";
+                         });

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Platform/Effect Process/MessageSocket.hpp"
+#include "Platform/Effect Process/Messages.hpp"
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+/// What an effect's process sends, believed only after a look at it: counts within
+/// reason, texts that are UTF-8, numbers that are numbers. All throw a
+/// `ProtocolBreach` for anything else.
+namespace platform::effect
+{
+
+Description checkedDescription(std::span<const std::byte> body);
+std::vector<std::string> checkedNames(std::span<const std::byte> body);
+std::string checkedText(std::span<const std::byte> body);
+
+/// Whether two descriptions are of effects that one link serves.
+bool hasSameShape(const Description &one, const Description &other);
+
+} // namespace platform::effect

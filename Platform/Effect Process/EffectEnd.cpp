@@ -1,0 +1,109 @@
+#include "Platform/Effect Process/EffectEnd.hpp"
+
+#include "Platform/Effect Process/Futex.hpp"
+#include "Platform/Effect Process/LinkEvents.hpp"
+#include "Platform/Effect Process/SchedulingPriority.hpp"
+#include "Platform/Foundation/DenormalMode.hpp"
+
+#include <algorithm>
+#include <chrono>
+#include <span>
+#include <utility>
+
+#include <pthread.h>
+
+namespace platform::effect
+{
+
+EffectEnd::EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange)
+    : memory_(std::move(memory)), instance_(instance), exchange_(exchange), spin_(usualSpin())
+{
+    memory_.header().latency = static_cast<float>(instance_.latency());
+    thread_ = std::thread([this] {
+        pthread_setname_np(pthread_self(), "effect-audio");
+        serve();
+    });
+}
+
+EffectEnd::~EffectEnd()
+{
+    ending_.store(true);
+    // The host is done with this link. A changed word keeps the thread from
+    // falling asleep on it.
+    memory_.header().request.fetch_add(1);
+    futexWake(memory_.header().request);
+    thread_.join();
+}
+
+void EffectEnd::serve() noexcept
+{
+    const foundation::DenormalMode noDenormals;
+    LinkHeader &header = memory_.header();
+    std::uint32_t served = 0;
+    while (awaitRequest(served)) {
+        served = header.request.load(std::memory_order_acquire);
+        adoptPriority();
+        renderBlock();
+        header.answer.store(served);
+        if (header.hostSleeps.load() != 0)
+            futexWake(header.answer);
+    }
+}
+
+bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
+{
+    LinkHeader &header = memory_.header();
+    const auto begun = std::chrono::steady_clock::now();
+    const auto isAsked = [&] { return header.request.load(std::memory_order_acquire) != served; };
+    if (!spin_.spin(isAsked)) {
+        header.effectSleeps.store(1);
+        while (header.request.load() == served)
+            futexWait(header.request, served);
+        header.effectSleeps.store(0, std::memory_order_relaxed);
+    }
+    spin_.learn(std::chrono::steady_clock::now() - begun);
+    return !ending_.load();
+}
+
+void EffectEnd::adoptPriority() noexcept
+{
+    const std::uint32_t priority = memory_.header().priority.load(std::memory_order_relaxed);
+    if (priority == adoptedPriority_)
+        return;
+    adoptedPriority_ = priority;
+    adoptSchedulingPriority(priority);
+}
+
+void EffectEnd::renderBlock() noexcept
+{
+    LinkHeader &header = memory_.header();
+    takeEvents(header.inputEventBytes);
+    header.isRendered =
+        instance_.run(memory_.inputs(), memory_.outputs(), header.frames, header.sampleTime) ? 1
+                                                                                             : 0;
+    giveEvents();
+    header.latency = static_cast<float>(instance_.latency());
+}
+
+void EffectEnd::takeEvents(std::uint32_t bytes) noexcept
+{
+    std::span<const std::byte> events =
+        memory_.inputEvents().first(std::min<std::size_t>(bytes, LinkMemory::eventCapacity));
+    LinkEvent event;
+    while (readLinkEvent(events, event))
+        exchange_.midiInput.push(static_cast<std::uint32_t>(event.time), event.bytes);
+}
+
+void EffectEnd::giveEvents() noexcept
+{
+    LinkHeader &header = memory_.header();
+    LinkEventWriter writer(memory_.outputEvents());
+    std::uint32_t lost = 0;
+    while (const auto event = exchange_.midiOutput.pop())
+        if (!writer.append({event->sampleTime, event->output, event->bytes}))
+            ++lost;
+    header.outputEventBytes = writer.size();
+    header.lostEvents = lost + static_cast<std::uint32_t>(exchange_.midiOutput.takeLostCount());
+}
+
+} // namespace platform::effect

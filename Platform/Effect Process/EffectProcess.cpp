@@ -1,0 +1,593 @@
+#include "Platform/Effect Process/EffectProcess.hpp"
+
+#include "Platform/Effect Process/CheckedMessages.hpp"
+#include "Platform/Effect Process/LiveEffects.hpp"
+#include "Platform/Effect Process/ScratchFolderName.hpp"
+#include "Platform/Foundation/Print.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+
+namespace platform::effect
+{
+
+namespace
+{
+
+using std::chrono::milliseconds;
+
+// Until somebody allocates render resources it is most likely this.
+constexpr double likelySampleRate = 48000.0;
+constexpr std::uint32_t likelyFrames = 4096;
+
+// How often the supervisor looks whether the callback waits in vain.
+constexpr milliseconds glanceInterval{100};
+
+// A process that dies closes its socket a moment before it is dead.
+constexpr milliseconds timeToDie{200};
+
+// Of the supervisor's own requests; those of others count from 1.
+constexpr std::uint64_t ownNumber = 0;
+
+bool isReadable(int descriptor, milliseconds patience)
+{
+    pollfd wait{descriptor, POLLIN, 0};
+    return ::poll(&wait, 1, static_cast<int>(patience.count())) > 0;
+}
+
+void expectNothing(std::span<const std::byte> body)
+{
+    if (!body.empty())
+        throw ProtocolBreach("an answer says more than was asked");
+}
+
+std::string breachText(const ProtocolBreach &breach)
+{
+    return fmt::format("broke the agreement ({})", breach.what());
+}
+
+std::string seconds(milliseconds time)
+{
+    return fmt::format("{:g} s", std::chrono::duration<double>(time).count());
+}
+
+} // namespace
+
+EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits &limits)
+    : executable_(std::move(executable)), plugin_(std::move(plugin)), limits_(limits),
+      scratchFolder_(newScratchFolderName()), midi_(std::make_shared<MidiTraffic>()),
+      slot_(limits.audio + 2 * glanceInterval), faults_(limits.faults),
+      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    if (!wakeup_)
+        throw PlatformError("The system has no file descriptor for another effect.");
+    supervisor_ = std::thread([this] {
+        pthread_setname_np(pthread_self(), "effect-process");
+        supervise();
+    });
+    Lock lock(mutex_);
+    phaseChanged_.wait(lock, [this] { return phase_ != Phase::starting; });
+    if (phase_ == Phase::up) {
+        LiveEffects::shared().add(*this);
+        return;
+    }
+    isEnding_ = true;
+    lock.unlock();
+    wakeSupervisor();
+    supervisor_.join();
+    throw PlatformError(downReason_);
+}
+
+EffectProcess::~EffectProcess()
+{
+    LiveEffects::shared().remove(*this);
+    {
+        const Lock lock(mutex_);
+        isEnding_ = true;
+        slot_.clear();
+        // It would not hear that it is to end.
+        if (phase_ == Phase::starting && child_)
+            child_->kill();
+    }
+    wakeSupervisor();
+    supervisor_.join();
+    std::error_code ignored;
+    std::filesystem::remove_all(scratchFolder_, ignored);
+}
+
+void EffectProcess::endByForce()
+{
+    const Lock lock(mutex_);
+    isEnding_ = true;
+    if (child_)
+        child_->kill();
+    std::error_code ignored;
+    std::filesystem::remove_all(scratchFolder_, ignored);
+}
+
+// --- Control operations ---------------------------------------------------------
+
+bool EffectProcess::sendMIDI(std::uint32_t frame, std::span<const std::uint8_t> message)
+{
+    if (!description_.takesMIDI || !midi_->input.push(frame, message))
+        return false;
+    midi_->controllers.note(message);
+    return true;
+}
+
+std::vector<std::string> EffectProcess::presets()
+{
+    std::vector<std::string> names;
+    ask(MessageKind::listPresets, {}, [&](auto body) { names = checkedNames(body); });
+    return names;
+}
+
+bool EffectProcess::loadPreset(std::uint64_t number)
+{
+    bool isLoaded = false;
+    ask(MessageKind::loadPreset, MessageWriter::message(number),
+        [&](auto body) { isLoaded = MessageReader::read<bool>(body); });
+    return isLoaded;
+}
+
+std::optional<std::string> EffectProcess::contextName() const
+{
+    const Lock lock(mutex_);
+    return contextName_;
+}
+
+void EffectProcess::setContextName(const std::optional<std::string> &name)
+{
+    {
+        const Lock lock(mutex_);
+        contextName_ = name;
+    }
+    ask(MessageKind::setContextName, MessageWriter::message(name), expectNothing);
+}
+
+void EffectProcess::setOffline(bool offline)
+{
+    {
+        const Lock lock(mutex_);
+        if (isOffline_ == offline)
+            return;
+        isOffline_ = offline;
+        slot_.setOffline(offline);
+    }
+    ask(MessageKind::setOffline, MessageWriter::message(offline), expectNothing);
+}
+
+void EffectProcess::prepare(double sampleRate, std::uint32_t maximumFrames)
+{
+    const Rendering rendering{sampleRate, maximumFrames};
+    Preparation preparation{sampleRate, maximumFrames, false, shape(maximumFrames)};
+    auto link = std::make_unique<HostEnd>(preparation.shape, *midi_);
+    {
+        const Lock lock(mutex_);
+        slot_.clear();
+        rendering_ = rendering;
+        preparation.isOffline = isOffline_;
+        if (phase_ != Phase::up)
+            return; // the next start brings it about
+    }
+    try {
+        ask(MessageKind::prepare, MessageWriter::message(preparation), expectNothing,
+            link->memory().descriptor());
+    } catch (const EffectFault &) {
+        return; // as above
+    } catch (...) {
+        unprepare();
+        throw;
+    }
+    const Lock lock(mutex_);
+    // It may have failed since, and be up again with a link of its own.
+    if (phase_ == Phase::up && slot_.isEmpty() && rendering_ == rendering)
+        slot_.put(std::move(link), sampleRate);
+}
+
+void EffectProcess::unprepare()
+{
+    const Lock lock(mutex_);
+    rendering_.reset();
+    slot_.clear();
+}
+
+double EffectProcess::latency() const
+{
+    const Lock lock(mutex_);
+    return slot_.latency();
+}
+
+std::uint64_t EffectProcess::lateBlocks() const
+{
+    const Lock lock(mutex_);
+    return slot_.lateBlocks();
+}
+
+bool EffectProcess::isUp() const
+{
+    const Lock lock(mutex_);
+    return phase_ == Phase::up;
+}
+
+void EffectProcess::restart()
+{
+    {
+        const Lock lock(mutex_);
+        if (phase_ != Phase::down)
+            return;
+        faults_.clear();
+        phase_ = Phase::starting;
+        restartIsWanted_ = true;
+    }
+    wakeSupervisor();
+}
+
+pid_t EffectProcess::processIdentifier() const
+{
+    const Lock lock(mutex_);
+    return child_ ? child_->identifier() : -1;
+}
+
+void EffectProcess::ask(MessageKind kind, std::span<const std::byte> body, const Take &take,
+                        int descriptor)
+{
+    const std::lock_guard oneAtATime(controlling_);
+    const auto ticket = beginWhenUp();
+    if (!ticket)
+        throw EffectFault(fmt::format("The effect '{}' is not running.", name()));
+    const Message answer = call(*ticket, kind, body, descriptor);
+    std::string refusal;
+    try {
+        if (answer.kind == MessageKind::answer)
+            take(answer.body);
+        else
+            refusal = checkedText(answer.body);
+    } catch (const ProtocolBreach &breach) {
+        blame(ticket->socket, breachText(breach));
+        throw EffectFault(fmt::format("The effect '{}' gave no proper answer.", name()));
+    }
+    if (answer.kind == MessageKind::refusal)
+        throw PlatformError(refusal);
+}
+
+std::optional<EffectProcess::Ticket> EffectProcess::beginWhenUp()
+{
+    Lock lock(mutex_);
+    phaseChanged_.wait_for(lock, limits_.request,
+                           [this] { return phase_ != Phase::starting || isEnding_; });
+    if (phase_ != Phase::up || isEnding_)
+        return std::nullopt;
+    return Ticket{socket_, requests_.begin()};
+}
+
+Message EffectProcess::call(const Ticket &ticket, MessageKind kind, std::span<const std::byte> body,
+                            int descriptor)
+{
+    const auto deadline = Clock::now() + limits_.request;
+    // When it is not taken there will be no answer either.
+    ticket.socket->send(kind, ticket.number, body, descriptor, deadline);
+    Message answer;
+    const Requests::Outcome outcome = requests_.wait(ticket.number, deadline, answer);
+    if (outcome == Requests::Outcome::late)
+        blame(ticket.socket, "gave no answer for " + seconds(limits_.request));
+    if (outcome != Requests::Outcome::answered)
+        throw EffectFault(fmt::format("The effect '{}' failed instead of answering.", name()));
+    return answer;
+}
+
+void EffectProcess::blame(const std::shared_ptr<MessageSocket> &socket, const std::string &what)
+{
+    const Lock lock(mutex_);
+    // Not for what its predecessor did.
+    if (socket == socket_)
+        fault(lock, what);
+}
+
+LinkShape EffectProcess::shape(std::uint32_t maximumFrames) const
+{
+    return {description_.inputs, description_.outputs, maximumFrames,
+            static_cast<std::uint32_t>(description_.midiOutputNames.size())};
+}
+
+// --- Supervision ----------------------------------------------------------------
+
+void EffectProcess::supervise()
+{
+    startChild();
+    while (waitForNews()) {
+        takeMessages();
+        if (child_ && isReadable(child_->descriptor(), milliseconds(0)))
+            childHasDied();
+        checkForHang();
+        if (takesRestart())
+            startChild();
+    }
+    endChild();
+}
+
+bool EffectProcess::takesRestart()
+{
+    const Lock lock(mutex_);
+    return std::exchange(restartIsWanted_, false);
+}
+
+bool EffectProcess::waitForNews()
+{
+    {
+        const Lock lock(mutex_);
+        if (isEnding_)
+            return false;
+    }
+    std::array<pollfd, 3> news{{{wakeup_.get(), POLLIN, 0},
+                                {child_ ? child_->descriptor() : -1, POLLIN, 0},
+                                {socketIsOpen_ ? socket_->descriptor() : -1, POLLIN, 0}}};
+    ::poll(news.data(), news.size(), child_ ? static_cast<int>(glanceInterval.count()) : -1);
+    eventfd_t ignored = 0;
+    ::eventfd_read(wakeup_.get(), &ignored);
+    const Lock lock(mutex_);
+    return !isEnding_;
+}
+
+void EffectProcess::startChild()
+{
+    try {
+        auto [ours, theirs] = MessageSocket::connection();
+        auto socket = std::make_shared<MessageSocket>(std::move(ours));
+        auto child = std::make_unique<ChildProcess>(executable_, std::move(theirs));
+        {
+            const Lock lock(mutex_);
+            child_ = std::move(child);
+            socket_ = std::move(socket);
+            faultReason_.clear();
+            if (isEnding_)
+                child_->kill();
+        }
+        socketIsOpen_ = true;
+        hangsSeen_ = 0;
+        startDeadline_ = Clock::now() + limits_.instantiation;
+        sendOwn(MessageKind::instantiate, MessageWriter::message(instantiation()));
+    } catch (const PlatformError &error) {
+        // The system is out of something; the effect is not to blame.
+        const Lock lock(mutex_);
+        stayDown(lock, error.what());
+    }
+}
+
+Instantiation EffectProcess::instantiation()
+{
+    const Lock lock(mutex_);
+    Instantiation result;
+    result.uri = plugin_.uri;
+    result.bundles = plugin_.bundles;
+    result.scratchFolder = scratchFolder_;
+    result.contextName = contextName_;
+    result.state = settings_;
+    // Notes that nobody heard are not made up for; what they were to change is.
+    midi_->input.clear();
+    result.midi = midi_->controllers.messages();
+    result.preparation = startingPreparation(lock);
+    result.hasLink = startingLink_ != nullptr;
+    isRestoring_ = settings_.has_value();
+    return result;
+}
+
+Preparation EffectProcess::startingPreparation(const Lock & /*held*/)
+{
+    startingLink_.reset();
+    startingRendering_ = rendering_;
+    if (!rendering_)
+        return {likelySampleRate, likelyFrames, isOffline_, {}};
+    startingLink_ = std::make_unique<HostEnd>(shape(rendering_->maximumFrames), *midi_);
+    return {rendering_->sampleRate, rendering_->maximumFrames, isOffline_,
+            startingLink_->memory().shape()};
+}
+
+void EffectProcess::sendOwn(MessageKind kind, std::span<const std::byte> body)
+{
+    awaitsOwnAnswer_ = true;
+    // When it is not taken the process has died or will be found hung.
+    socket_->send(kind, ownNumber, body, startingLink_ ? startingLink_->memory().descriptor() : -1,
+                  startDeadline_);
+}
+
+void EffectProcess::takeMessages()
+{
+    if (!socketIsOpen_)
+        return;
+    try {
+        socketIsOpen_ = socket_->receive();
+        for (auto &messages = socket_->received(); !messages.empty(); messages.pop_front())
+            takeMessage(std::move(messages.front()));
+        if (!socketIsOpen_ && !isReadable(child_->descriptor(), timeToDie))
+            throw ProtocolBreach("it hung up");
+    } catch (const ProtocolBreach &breach) {
+        socketIsOpen_ = false;
+        const Lock lock(mutex_);
+        fault(lock, breachText(breach));
+    }
+}
+
+void EffectProcess::takeMessage(Message message)
+{
+    switch (message.kind) {
+    case MessageKind::answer:
+    case MessageKind::refusal:
+        if (message.number == ownNumber && std::exchange(awaitsOwnAnswer_, false))
+            takeStartAnswer(message);
+        else if (!requests_.fulfil(std::move(message)))
+            throw ProtocolBreach("it answers what nobody asked");
+        break;
+    case MessageKind::settings: {
+        auto settings = MessageReader::read<lv2::State>(message.body);
+        const Lock lock(mutex_);
+        settings_ = std::move(settings);
+        break;
+    }
+    default:
+        throw ProtocolBreach("it sends what only the host may send");
+    }
+}
+
+void EffectProcess::takeStartAnswer(const Message &message)
+{
+    if (message.kind == MessageKind::answer) {
+        // What follows an instantiation is told apart by its emptiness.
+        if (!message.body.empty())
+            takeDescription(checkedDescription(message.body));
+        becomeUp();
+        return;
+    }
+    const std::string reason = checkedText(message.body);
+    if (hasBeenUp_)
+        printError(fmt::format("The effect '{}' cannot be started again: {}", name(), reason));
+    const Lock lock(mutex_);
+    child_->kill();
+    stayDown(lock, reason);
+}
+
+void EffectProcess::takeDescription(Description description)
+{
+    const Lock lock(mutex_);
+    if (!hasBeenUp_)
+        description_ = std::move(description);
+    else if (!hasSameShape(description, description_))
+        throw ProtocolBreach("it has become another effect");
+    hasBeenUp_ = true;
+    isRestoring_ = false;
+}
+
+void EffectProcess::becomeUp()
+{
+    Lock lock(mutex_);
+    if (!hasBeenUp_)
+        throw ProtocolBreach("it does not say what it is");
+    if (rendering_ && rendering_ != startingRendering_) {
+        // Asked for while it was starting.
+        const Preparation preparation = startingPreparation(lock);
+        lock.unlock();
+        sendOwn(MessageKind::prepare, MessageWriter::message(preparation));
+        return;
+    }
+    if (startingLink_ && rendering_)
+        slot_.put(std::move(startingLink_), rendering_->sampleRate);
+    startingLink_.reset();
+    phase_ = Phase::up;
+    phaseChanged_.notify_all();
+}
+
+void EffectProcess::checkForHang()
+{
+    const Lock lock(mutex_);
+    if (phase_ == Phase::starting && child_ && Clock::now() > startDeadline_)
+        fault(lock, "was not there after " + seconds(limits_.instantiation));
+    // Seen twice, since the host itself may have been stopped for a while.
+    hangsSeen_ = slot_.overdue() > limits_.audio ? hangsSeen_ + 1 : 0;
+    if (hangsSeen_ == 2)
+        fault(lock, "gave no audio for " + seconds(limits_.audio));
+}
+
+void EffectProcess::fault(const Lock & /*held*/, const std::string &what)
+{
+    if (!child_ || !faultReason_.empty())
+        return;
+    faultReason_ = what;
+    child_->kill();
+}
+
+void EffectProcess::childHasDied()
+{
+    Lock lock(mutex_);
+    const std::string line = takeDeath(lock);
+    lock.unlock();
+    requests_.loseAll();
+    // Without the mutex: whoever reads standard error may be slow.
+    if (!line.empty())
+        printError(line);
+}
+
+std::string EffectProcess::takeDeath(const Lock &lock)
+{
+    const std::string how = child_->reap();
+    child_.reset();
+    socket_.reset();
+    socketIsOpen_ = false;
+    slot_.clear();
+    if (phase_ == Phase::down || isEnding_)
+        return {};
+    const std::string what =
+        faultReason_.empty() ? fmt::format("ended unexpectedly ({})", how) : faultReason_;
+    const std::string sequel = afterFault();
+    const std::string line = fmt::format("The effect '{}' {}; {}.", name(), what, sequel);
+    if (restartIsWanted_)
+        phase_ = Phase::starting;
+    else
+        stayDown(lock, line);
+    return line;
+}
+
+std::string EffectProcess::afterFault()
+{
+    if (!hasBeenUp_)
+        return "it was never ready";
+    const bool isOneTooMany = faults_.note(Clock::now());
+    // Settings that it did not survive are not tried again.
+    const bool forgets = std::exchange(isRestoring_, false) && phase_ == Phase::starting;
+    if (forgets)
+        settings_.reset();
+    if (isOneTooMany)
+        return fmt::format("it stays silent after {} faults within {}", limits_.faults.faults,
+                           seconds(limits_.faults.within));
+    restartIsWanted_ = true;
+    return forgets ? "it is started again without its last settings" : "it is started again";
+}
+
+void EffectProcess::stayDown(const Lock & /*held*/, const std::string &reason)
+{
+    phase_ = Phase::down;
+    downReason_ = reason;
+    phaseChanged_.notify_all();
+}
+
+void EffectProcess::endChild()
+{
+    if (!child_)
+        return;
+    const auto deadline = Clock::now() + limits_.ending;
+    if (!isUp() || !socketIsOpen_) {
+        child_->kill();
+        child_->reap();
+        return;
+    }
+    socket_->send(MessageKind::end, ownNumber, {}, -1, deadline);
+    const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+    if (!isReadable(child_->descriptor(), std::max(left, milliseconds(0)))) {
+        child_->kill();
+        child_->reap();
+        printError(fmt::format("The effect '{}' did not end within {}; it was ended by force.",
+                               name(), seconds(limits_.ending)));
+    } else if (const std::string how = child_->reap(); how != "exit code 0") {
+        printError(fmt::format("The effect '{}' failed at its end ({}).", name(), how));
+    }
+}
+
+void EffectProcess::wakeSupervisor() const
+{
+    ::eventfd_write(wakeup_.get(), 1);
+}
+
+std::string EffectProcess::name() const
+{
+    return description_.name.empty() ? plugin_.uri : description_.name;
+}
+
+} // namespace platform::effect

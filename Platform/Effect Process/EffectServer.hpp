@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Platform/Effect Process/EffectEnd.hpp"
+#include "Platform/Effect Process/MessageSocket.hpp"
+#include "Platform/Effect Process/Messages.hpp"
+#include "Platform/LV2/HostedPlugin.hpp"
+#include "Platform/LV2/PollingThread.hpp"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace platform::effect
+{
+
+/// Holds one plug-in and does what the host asks for, in the order it is asked.
+class EffectServer
+{
+public:
+    explicit EffectServer(FileDescriptor socket);
+    /// Ends the plug-in.
+    ~EffectServer();
+    EffectServer(const EffectServer &) = delete;
+    EffectServer &operator=(const EffectServer &) = delete;
+
+    /// Serves until the host wants an end or has gone. Answers whether it wanted it.
+    bool run();
+
+private:
+    void handle(Message request);
+    std::vector<std::byte> perform(Message &request);
+    std::vector<std::byte> instantiate(Message &request);
+    void prepare(const Preparation &preparation, FileDescriptor memory);
+    void connect(const Preparation &preparation, FileDescriptor memory);
+    void sendMidi(const std::vector<std::vector<std::uint8_t>> &messages);
+    bool loadPreset(std::span<const std::byte> body);
+    std::vector<std::string> presetNames();
+    Description description() const;
+    lv2::HostedPlugin &hosted();
+    void send(MessageKind kind, std::uint64_t number, std::span<const std::byte> body);
+
+    MessageSocket socket_;
+    bool isEnding_ = false;
+    std::unique_ptr<lv2::HostedPlugin> hosted_;
+    std::unique_ptr<lv2::PollingThread> logWriter_;
+    // In front of the plug-in: its thread must end before.
+    std::unique_ptr<EffectEnd> link_;
+};
+
+} // namespace platform::effect

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+
+namespace platform::effect
+{
+
+/// Decides whether an effect that failed is worth another start: not after too
+/// many faults in too short a time.
+class FaultRecord
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    struct Limit {
+        /// The fault that is one too many; 0 for no limit.
+        std::size_t faults = 3;
+        std::chrono::seconds within{60};
+    };
+
+    explicit FaultRecord(Limit limit) : limit_(limit) {}
+
+    /// Notes a fault and answers whether it was one too many.
+    bool note(Clock::time_point now)
+    {
+        faults_.push_back(now);
+        while (faults_.front() + limit_.within < now)
+            faults_.pop_front();
+        return limit_.faults > 0 && faults_.size() >= limit_.faults;
+    }
+
+    void clear() { faults_.clear(); }
+
+private:
+    Limit limit_;
+    std::deque<Clock::time_point> faults_;
+};
+
+} // namespace platform::effect

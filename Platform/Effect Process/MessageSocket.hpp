@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Platform/Effect Process/FileDescriptor.hpp"
+#include "Platform/Effect Process/Messages.hpp"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include <sys/socket.h>
+
+namespace platform::effect
+{
+
+struct Message {
+    MessageKind kind{};
+    /// Of the request, and of its answer.
+    std::uint64_t number = 0;
+    std::vector<std::byte> body;
+    /// What came with it, if anything.
+    FileDescriptor descriptor;
+};
+
+/// One end of the connection between the host and an effect's process.
+class MessageSocket
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// The longest message that is taken: more than any effect's settings.
+    static constexpr std::size_t longestMessage = std::size_t{256} << 20U;
+
+    /// Both ends of a new connection; the second is to be handed on. A
+    /// `PlatformError` when there is none to be had.
+    static std::pair<FileDescriptor, FileDescriptor> connection();
+
+    explicit MessageSocket(FileDescriptor socket);
+    MessageSocket(const MessageSocket &) = delete;
+    MessageSocket &operator=(const MessageSocket &) = delete;
+
+    int descriptor() const { return socket_.get(); }
+
+    /// Sends a message, with a copy of the file descriptor unless it is -1. Answers
+    /// false when the other end has gone or does not take it before `deadline`.
+    /// Any thread; waits.
+    bool send(MessageKind kind, std::uint64_t number, std::span<const std::byte> body,
+              int descriptor, Clock::time_point deadline);
+
+    /// Ends both directions: who sends or waits at either end hears of it. Any thread.
+    void shutDown() noexcept;
+
+    /// Takes in what has come, without waiting. Answers false when no more will come.
+    /// Throws a `ProtocolBreach` for a message that is too long. One thread.
+    bool receive();
+    /// The next whole message of what was taken in. The same thread.
+    std::deque<Message> &received() { return received_; }
+
+private:
+    struct Head {
+        std::uint32_t size;
+        MessageKind kind;
+        std::uint64_t number;
+        std::uint64_t hasDescriptor;
+    };
+
+    bool sendPart(std::span<const std::byte> part, int descriptor, Clock::time_point deadline);
+    bool waitForRoom(Clock::time_point deadline) const;
+    void keepDescriptors(const msghdr &header);
+    void takeApart();
+
+    FileDescriptor socket_;
+    std::mutex sending_;
+    std::vector<std::byte> incoming_;
+    std::deque<FileDescriptor> descriptors_;
+    std::deque<Message> received_;
+};
+
+} // namespace platform::effect

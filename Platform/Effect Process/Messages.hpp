@@ -1,0 +1,108 @@
+#pragma once
+
+#include "Platform/Effect Process/LinkMemory.hpp"
+#include "Platform/Effect Process/MessageCoding.hpp"
+#include "Platform/LV2/State.hpp"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+/// What the host and the effect's process say to each other, beside the audio.
+namespace platform::effect
+{
+
+enum class MessageKind : std::uint32_t {
+    // Requests of the host. Each gets one answer or refusal of the same number, in
+    // the order of the requests.
+    instantiate,    // Instantiation -> Description
+    prepare,        // Preparation, with the link's memory -> nothing
+    listPresets,    // nothing -> std::vector<std::string>
+    loadPreset,     // std::uint64_t -> bool, whether there is such a preset
+    setContextName, // std::optional<std::string> -> nothing
+    setOffline,     // bool -> nothing
+    end,            // nothing -> nothing; the process ends
+    // Of the effect.
+    answer,
+    refusal,  // std::string, why
+    settings, // lv2::State as it is now; answers nothing
+};
+
+/// The format that blocks are rendered in.
+struct Preparation {
+    double sampleRate = 0.0;
+    std::uint32_t maximumFrames = 0;
+    bool isOffline = false;
+    LinkShape shape;
+};
+
+/// All that brings an effect to where it is to be.
+struct Instantiation {
+    std::string uri;
+    std::vector<std::string> bundles;
+    std::string scratchFolder;
+    std::optional<std::string> contextName;
+    std::optional<lv2::State> state;
+    /// MIDI messages that lead the first block.
+    std::vector<std::vector<std::uint8_t>> midi;
+    Preparation preparation;
+    /// Whether blocks are to be rendered at once: the link's memory comes with it.
+    bool hasLink = false;
+};
+
+/// What the host needs to know of an effect.
+struct Description {
+    std::string name;
+    std::uint32_t inputs = 0;
+    std::uint32_t outputs = 0;
+    bool takesMIDI = false;
+    std::vector<std::string> midiOutputNames;
+};
+
+template <>
+struct Fields<LinkShape> {
+    static auto of(auto &s)
+    {
+        return std::tie(s.inputs, s.outputs, s.maximumFrames, s.midiOutputs);
+    }
+};
+
+template <>
+struct Fields<Preparation> {
+    static auto of(auto &p)
+    {
+        return std::tie(p.sampleRate, p.maximumFrames, p.isOffline, p.shape);
+    }
+};
+
+template <>
+struct Fields<lv2::State::Property> {
+    static auto of(auto &p) { return std::tie(p.type, p.flags, p.value); }
+};
+
+template <>
+struct Fields<lv2::State> {
+    static auto of(auto &s) { return std::tie(s.properties, s.controls); }
+};
+
+template <>
+struct Fields<Instantiation> {
+    static auto of(auto &i)
+    {
+        return std::tie(i.uri, i.bundles, i.scratchFolder, i.contextName, i.state, i.midi,
+                        i.preparation, i.hasLink);
+    }
+};
+
+template <>
+struct Fields<Description> {
+    static auto of(auto &d)
+    {
+        return std::tie(d.name, d.inputs, d.outputs, d.takesMIDI, d.midiOutputNames);
+    }
+};
+
+} // namespace platform::effect

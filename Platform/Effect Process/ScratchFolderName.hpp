@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace platform::effect
+{
+
+/// A path below the folder for temporary files that nobody else has or can guess.
+/// Nothing is made there.
+std::string newScratchFolderName();
+
+} // namespace platform::effect

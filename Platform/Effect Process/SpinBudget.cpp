@@ -1,0 +1,14 @@
+#include "Platform/Effect Process/SpinBudget.hpp"
+
+#include <thread>
+
+namespace platform::effect
+{
+
+std::chrono::nanoseconds usualSpin()
+{
+    using std::chrono::microseconds;
+    return std::thread::hardware_concurrency() > 1 ? microseconds(12) : microseconds(0);
+}
+
+} // namespace platform::effect

@@ -1,0 +1,67 @@
+#include "Platform/LV2/HostedPlugin.hpp"
+
+#include <lv2/log/log.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace platform::lv2
+{
+
+HostedPlugin::HostedPlugin(const std::string &uri, const std::vector<std::string> &bundles,
+                           const Instance::Settings &settings, const State *restored,
+                           const std::string &scratchFolder)
+    : plugin_(std::make_unique<Plugin>(uri, bundles)),
+      exchange_(std::make_shared<Exchange>(plugin_->name(), scratchFolder)),
+      instance_(std::make_unique<Instance>(*plugin_, *exchange_, settings, restored))
+{
+}
+
+bool HostedPlugin::takesMIDI() const
+{
+    const auto &ports = plugin_->ports();
+    return std::any_of(ports.begin(), ports.end(),
+                       [](const Port &port) { return port.hasMidi && port.isInput; });
+}
+
+std::vector<std::string> HostedPlugin::MIDIOutputNames() const
+{
+    std::vector<std::string> names;
+    for (const Port &port : plugin_->ports())
+        if (port.hasMidi && !port.isInput)
+            names.push_back(port.name);
+    return names;
+}
+
+bool HostedPlugin::logs() const
+{
+    return plugin_->hasFeature(LV2_LOG__log);
+}
+
+void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)
+{
+    Instance::Settings settings = instance_->settings();
+    if (settings.sampleRate == sampleRate && settings.maximumFrames >= maximumFrames)
+        return;
+    settings.sampleRate = sampleRate;
+    settings.maximumFrames = maximumFrames;
+    const State state = instance_->save();
+    instance_ = std::make_unique<Instance>(*plugin_, *exchange_, settings, &state);
+}
+
+bool HostedPlugin::loadPreset(std::size_t number)
+{
+    const auto &presets = plugin_->presets();
+    return number < presets.size() && instance_->loadState(presets[number].uri);
+}
+
+std::uint32_t HostedPlugin::mainChannelCount(bool ofInput) const
+{
+    const auto &ports = plugin_->ports();
+    return static_cast<std::uint32_t>(
+        std::count_if(ports.begin(), ports.end(), [&](const Port &port) {
+            return port.kind == PortKind::audio && !port.isSideChain && port.isInput == ofInput;
+        }));
+}
+
+} // namespace platform::lv2

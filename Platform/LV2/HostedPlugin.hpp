@@ -1,0 +1,63 @@
+#pragma once
+
+#include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/Instance.hpp"
+#include "Platform/LV2/Plugin.hpp"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform::lv2
+{
+
+/// A plug-in and its one instance, which is replaced, its state carried over, when
+/// the sample rate changes or blocks become longer. One thread at a time.
+class HostedPlugin
+{
+public:
+    /// Loads the plug-in `uri` from the bundles at these paths and instantiates it
+    /// in the state `restored`, else in its default one. `scratchFolder` is where
+    /// it may put files: empty for a folder of its own. A `PlatformError` says why
+    /// it cannot be had.
+    HostedPlugin(const std::string &uri, const std::vector<std::string> &bundles,
+                 const Instance::Settings &settings, const State *restored = nullptr,
+                 const std::string &scratchFolder = {});
+
+    Plugin &plugin() { return *plugin_; }
+    const Plugin &plugin() const { return *plugin_; }
+    /// May outlive the plug-in.
+    const std::shared_ptr<Exchange> &exchange() const { return exchange_; }
+    Instance &instance() { return *instance_; }
+    const Instance &instance() const { return *instance_; }
+
+    /// Audio ports of the main signal; 0 where there are none.
+    std::uint32_t inputChannelCount() const { return mainChannelCount(true); }
+    std::uint32_t outputChannelCount() const { return mainChannelCount(false); }
+    bool takesMIDI() const;
+    /// The names of the ports that emit MIDI, in their order.
+    std::vector<std::string> MIDIOutputNames() const;
+    /// Whether it has something to say on the audio callback that waits to be
+    /// written out.
+    bool logs() const;
+
+    /// Makes the instance fit for blocks of up to `maximumFrames` frames at
+    /// `sampleRate` Hz. A `PlatformError`, with the instance as it was, when the
+    /// plug-in refuses. Not while the instance may run.
+    void prepare(double sampleRate, std::uint32_t maximumFrames);
+
+    /// Brings the plug-in into the state of a preset, counted from 0. Answers false
+    /// when there is none of that number.
+    bool loadPreset(std::size_t number);
+
+private:
+    std::uint32_t mainChannelCount(bool ofInput) const;
+
+    std::unique_ptr<Plugin> plugin_;
+    std::shared_ptr<Exchange> exchange_;
+    std::unique_ptr<Instance> instance_;
+};
+
+} // namespace platform::lv2
