@@ -1,6 +1,7 @@
 #include "Platform/Audio/SDLOutputDevice.hpp"
 
 #include "Platform/Audio/SDLAudioSubsystem.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
 
 namespace platform::audio
 {
@@ -67,6 +68,9 @@ bool SDLOutputDevice::isAlive() const
 void SDLOutputDevice::callback(void *userdata, Uint8 *stream, int bytes)
 {
     auto &device = *static_cast<SDLOutputDevice *>(userdata);
+    // SDL gave its thread what priority it could get; effects follow. Asked once.
+    if (foundation::threadPriority() == 0)
+        foundation::learnThreadPriority();
     const std::uint32_t channels = device.channels_;
     const std::size_t samples = static_cast<std::uint32_t>(bytes) / sizeof(float);
     // SDL aligns the buffer for any sample format.

@@ -2,8 +2,8 @@
 
 #include "Platform/Effect Process/Futex.hpp"
 #include "Platform/Effect Process/LinkEvents.hpp"
-#include "Platform/Effect Process/SchedulingPriority.hpp"
 #include "Platform/Foundation/DenormalMode.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -67,11 +67,12 @@ bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
 
 void EffectEnd::adoptPriority() noexcept
 {
-    const std::uint32_t priority = memory_.header().priority.load(std::memory_order_relaxed);
+    const foundation::ThreadPriority priority =
+        memory_.header().priority.load(std::memory_order_relaxed);
     if (priority == adoptedPriority_)
         return;
     adoptedPriority_ = priority;
-    adoptSchedulingPriority(priority);
+    foundation::adoptThreadPriority(priority);
 }
 
 void EffectEnd::renderBlock() noexcept

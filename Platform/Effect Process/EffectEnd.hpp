@@ -2,6 +2,7 @@
 
 #include "Platform/Effect Process/LinkMemory.hpp"
 #include "Platform/Effect Process/SpinBudget.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
 #include "Platform/LV2/Exchange.hpp"
 #include "Platform/LV2/Instance.hpp"
 
@@ -37,7 +38,7 @@ private:
     lv2::Instance &instance_;
     lv2::Exchange &exchange_;
     SpinBudget spin_;
-    std::uint32_t adoptedPriority_ = 0;
+    foundation::ThreadPriority adoptedPriority_ = 0;
     std::atomic<bool> ending_{false};
     std::thread thread_;
 };

@@ -2,7 +2,7 @@
 
 #include "Platform/Effect Process/Futex.hpp"
 #include "Platform/Effect Process/LinkEvents.hpp"
-#include "Platform/Effect Process/SchedulingPriority.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -29,7 +29,6 @@ bool HostEnd::render(const Block &block, Clock::time_point deadline) noexcept
 {
     if (block.frames > memory_.shape().maximumFrames)
         return false;
-    tellPriority();
     // The effect must be done with the last block before it gets another.
     if (!awaitAnswer(deadline)) {
         late_.fetch_add(1, std::memory_order_relaxed);
@@ -47,17 +46,6 @@ bool HostEnd::render(const Block &block, Clock::time_point deadline) noexcept
     for (std::uint32_t channel = 0; channel < memory_.shape().outputs; ++channel)
         std::copy_n(memory_.outputs()[channel], block.frames, block.output[channel]);
     return true;
-}
-
-void HostEnd::tellPriority() noexcept
-{
-    const pthread_t self = ::pthread_self();
-    if (knowsCallbackThread_ && ::pthread_equal(self, callbackThread_) != 0)
-        return;
-    // Asked of the kernel once for each thread that renders.
-    callbackThread_ = self;
-    knowsCallbackThread_ = true;
-    memory_.header().priority.store(schedulingPriorityOfThisThread(), std::memory_order_relaxed);
 }
 
 bool HostEnd::isAnswered() const noexcept
@@ -101,6 +89,7 @@ void HostEnd::post(const Block &block) noexcept
     header.sampleTime = block.sampleTime;
     header.frames = block.frames;
     header.inputEventBytes = writeEvents(block.frames);
+    header.priority.store(foundation::threadPriority(), std::memory_order_relaxed);
 
     isTaken_ = false;
     const std::uint32_t next = sequence_.load(std::memory_order_relaxed) + 1;

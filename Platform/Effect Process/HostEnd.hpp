@@ -8,8 +8,6 @@
 #include "Platform/LV2/MidiInput.hpp"
 #include "Platform/LV2/MidiOutput.hpp"
 
-#include <pthread.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -78,7 +76,6 @@ private:
     REALTIME bool takeAnswer() noexcept;
     REALTIME void takeEvents(std::uint32_t bytes) noexcept;
     REALTIME void takeLatency(float latency) noexcept;
-    REALTIME void tellPriority() noexcept;
 
     LinkMemory memory_;
     MidiTraffic &midi_;
@@ -89,8 +86,6 @@ private:
 
     std::atomic<std::uint32_t> sequence_{0}; // of the block that was asked for last
     bool isTaken_ = true;                    // its answer has been
-    pthread_t callbackThread_{};
-    bool knowsCallbackThread_ = false;
     std::atomic<Clock::rep> postedAt_{0};
     std::atomic<bool> abandoned_{false};
     std::atomic<std::uint64_t> late_{0};

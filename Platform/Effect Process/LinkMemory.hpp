@@ -27,7 +27,7 @@ struct LinkHeader {
     // Written by the host.
     alignas(64) std::atomic<std::uint32_t> request; // counts the blocks asked for
     std::atomic<std::uint32_t> hostSleeps;          // on `answer`
-    std::atomic<std::uint32_t> priority;            // the host's, see SchedulingPriority
+    std::atomic<std::uint32_t> priority;            // of the host's thread
     std::int64_t sampleTime;
     std::uint32_t frames;
     std::uint32_t inputEventBytes;

@@ -13,20 +13,23 @@ struct RealtimeProbe {
     struct Counts {
         std::size_t allocations = 0; // and frees
         std::size_t locks = 0;       // mutexes, read-write locks, conditions, semaphores
-        std::size_t systemCalls = 0;
+        std::size_t systemCalls = 0; // but for those that follow
+        std::size_t futexCalls = 0;  // which go through, unlike the others
 
         Counts &operator+=(const Counts &other)
         {
             allocations += other.allocations;
             locks += other.locks;
             systemCalls += other.systemCalls;
+            futexCalls += other.futexCalls;
             return *this;
         }
         bool operator==(const Counts &) const = default;
         friend std::ostream &operator<<(std::ostream &stream, const Counts &counts)
         {
             return stream << counts.allocations << " allocations, " << counts.locks << " locks, "
-                          << counts.systemCalls << " system calls";
+                          << counts.systemCalls << " system calls, " << counts.futexCalls
+                          << " on futexes";
         }
     };
 

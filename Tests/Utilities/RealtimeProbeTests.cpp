@@ -3,11 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <mutex>
 #include <vector>
 
+#include <linux/futex.h>
 #include <semaphore.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -83,6 +88,27 @@ TEST_F(RealtimeProbeTest, SeesASystemCall)
     syscall(SYS_getppid);
     EXPECT_EQ(RealtimeProbe::leave().systemCalls, 1U);
     EXPECT_GT(syscall(SYS_getpid), 0) << "outside they pass";
+}
+
+TEST_F(RealtimeProbeTest, CountsCallsOnFutexesApartAndLetsThemThrough)
+{
+    std::atomic<std::uint32_t> word{1};
+    const timespec moment{0, 1000000};
+    const auto begun = std::chrono::steady_clock::now();
+    RealtimeProbe::enter();
+    const long woken = syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+    const long waited = syscall(SYS_futex, &word, FUTEX_WAIT, 1, &moment, nullptr, 0);
+    const int error = errno;
+    const long wrong = syscall(SYS_futex, &word, FUTEX_WAIT, 2, &moment, nullptr, 0);
+    syscall(SYS_getppid);
+    const RealtimeProbe::Counts counts = RealtimeProbe::leave();
+    EXPECT_EQ(counts.futexCalls, 3U);
+    EXPECT_EQ(counts.systemCalls, 1U) << "also behind them";
+    EXPECT_EQ(woken, 0);
+    EXPECT_EQ(waited, -1);
+    EXPECT_EQ(error, ETIMEDOUT);
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, std::chrono::milliseconds(1));
+    EXPECT_EQ(wrong, -1);
 }
 
 TEST_F(RealtimeProbeTest, SeesWhatIsWritten)

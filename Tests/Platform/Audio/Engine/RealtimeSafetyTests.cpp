@@ -33,6 +33,7 @@ public:
         std::atomic<std::uint64_t> allocations{0};
         std::atomic<std::uint64_t> locks{0};
         std::atomic<std::uint64_t> systemCalls{0};
+        std::atomic<std::uint64_t> futexCalls{0};
     };
 
     explicit WatchedDevice(Findings &findings) : findings_(findings) {}
@@ -70,6 +71,7 @@ private:
             findings_.allocations += counts.allocations;
             findings_.locks += counts.locks;
             findings_.systemCalls += counts.systemCalls;
+            findings_.futexCalls += counts.futexCalls;
             std::this_thread::sleep_for(std::chrono::microseconds(500));
         }
     }
@@ -79,7 +81,9 @@ private:
     std::thread thread_;
 };
 
-TEST(RealtimeSafety, TheCallbackNeverAllocatesLocksOrEntersTheKernel)
+// The effect is in a process of its own: handing a block over and waiting for it are
+// the kernel's, and the one thing that is.
+TEST(RealtimeSafety, TheCallbackNeverAllocatesOrLocksAndEntersTheKernelForTheEffectAlone)
 {
     if (RealtimeProbe::obstacle() != nullptr)
         GTEST_SKIP() << RealtimeProbe::obstacle();
@@ -142,6 +146,7 @@ TEST(RealtimeSafety, TheCallbackNeverAllocatesLocksOrEntersTheKernel)
     EXPECT_EQ(findings.allocations, 0U);
     EXPECT_EQ(findings.locks, 0U);
     EXPECT_EQ(findings.systemCalls, 0U);
+    EXPECT_GT(findings.futexCalls, 0U);
 }
 
 } // namespace

@@ -1,0 +1,221 @@
+// One block of audio through an effect that does nothing: in this process, and in a
+// process of its own. How long the audio callback is away, and what both processes
+// together take of the processor.
+//
+// Usage: effect_hop_benchmark [BLOCKS [SECONDS]]
+// BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames.
+
+#include "Benchmarks/Effect Process/BusyProcessors.hpp"
+#include "Benchmarks/Engine/BareHost.hpp"
+#include "Benchmarks/Engine/Measurement.hpp"
+#include "Platform/Audio/LocalAudioUnit.hpp"
+#include "Platform/Audio/RemoteAudioUnit.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sched.h>
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+constexpr double sampleRate = 48000.0;
+constexpr int realTimePriority = 10;
+
+struct Condition {
+    const char *name;
+    bool isLoaded;
+    bool isRealTime;
+};
+constexpr std::array conditions{
+    Condition{"idle", false, false}, Condition{"idle, real-time", false, true},
+    Condition{"busy", true, false}, Condition{"busy, real-time", true, true}};
+
+struct Result {
+    std::vector<double> microseconds;   // one a block
+    std::uint64_t lateBlocks = 0;       // of the remote unit
+    double processorMicroseconds = 0.0; // a block, both processes
+};
+
+/// Processor time of another process so far, in seconds, from the scheduler's own
+/// count in nanoseconds.
+double processorTimeOf(pid_t process)
+{
+    double seconds = 0.0;
+    const std::string tasks = fmt::format("/proc/{}/task", process);
+    for (const auto &task : std::filesystem::directory_iterator(tasks)) {
+        std::uint64_t nanoseconds = 0;
+        if (std::ifstream(task.path() / "schedstat") >> nanoseconds)
+            seconds += 1e-9 * static_cast<double>(nanoseconds);
+    }
+    return seconds;
+}
+
+/// Renders `blocks` blocks, one every `interval` or as fast as it goes.
+Result renderBlocks(AUAudioUnit &unit, std::uint32_t frames, std::size_t blocks,
+                    std::optional<std::chrono::nanoseconds> interval)
+{
+    std::vector<float> in(frames, 0.5F);
+    std::vector<float> left(frames);
+    std::vector<float> right(frames);
+    const std::array<const float *, 2> inputs{in.data(), in.data()};
+    const std::array<float *, 2> outputs{left.data(), right.data()};
+    Result result;
+    result.microseconds.reserve(blocks);
+    auto next = Clock::now();
+    for (std::size_t block = 0; block < blocks; ++block) {
+        if (interval) {
+            next += *interval;
+            std::this_thread::sleep_until(next);
+        }
+        const auto begun = Clock::now();
+        unit.render(
+            {inputs.data(), outputs.data(), frames, static_cast<std::int64_t>(block * frames)});
+        result.microseconds.push_back(
+            std::chrono::duration<double, std::micro>(Clock::now() - begun).count());
+    }
+    std::sort(result.microseconds.begin(), result.microseconds.end());
+    return result;
+}
+
+class AudioThreadPriority
+{
+public:
+    explicit AudioThreadPriority(bool isRealTime)
+    {
+        sched_param parameters{};
+        parameters.sched_priority = isRealTime ? realTimePriority : 0;
+        isThere_ = ::sched_setscheduler(0, isRealTime ? SCHED_FIFO : SCHED_OTHER, &parameters) == 0;
+        platform::foundation::learnThreadPriority();
+    }
+    ~AudioThreadPriority()
+    {
+        const sched_param parameters{};
+        ::sched_setscheduler(0, SCHED_OTHER, &parameters);
+        platform::foundation::learnThreadPriority();
+    }
+    AudioThreadPriority(const AudioThreadPriority &) = delete;
+    AudioThreadPriority &operator=(const AudioThreadPriority &) = delete;
+
+    bool isThere() const { return isThere_; }
+
+private:
+    bool isThere_ = false;
+};
+
+struct Pace {
+    const char *name;
+    std::uint32_t frames;
+    std::size_t blocks;
+    std::optional<std::chrono::nanoseconds> interval;
+};
+
+Result measure(AUAudioUnit &unit, const Pace &pace)
+{
+    auto *const remote = dynamic_cast<RemoteAudioUnit *>(&unit);
+    const auto theirs = [&] {
+        return remote ? processorTimeOf(remote->process().processIdentifier()) : 0.0;
+    };
+    unit.allocateRenderResources(sampleRate, pace.frames);
+    renderBlocks(unit, pace.frames, pace.blocks / 100 + 10, pace.interval);
+    const std::uint64_t lateBefore = remote ? remote->process().lateBlocks() : 0;
+    const double theirsBefore = theirs();
+    Result result;
+    const Cost cost =
+        costOf([&] { result = renderBlocks(unit, pace.frames, pace.blocks, pace.interval); });
+    result.processorMicroseconds =
+        1e6 * (cost.processor + theirs() - theirsBefore) / static_cast<double>(pace.blocks);
+    result.lateBlocks = remote ? remote->process().lateBlocks() - lateBefore : 0;
+    unit.deallocateRenderResources();
+    return result;
+}
+
+double quantile(const std::vector<double> &sorted, double share)
+{
+    const auto index = static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1));
+    return sorted[index];
+}
+
+void printRow(const char *place, const Pace &pace, const Condition &condition, const Result &result)
+{
+    fmt::print("{:12} {:14} {:16} {:9} {:8.2f} {:8.2f} {:9.1f} {:6} {:9.2f}\n", place, pace.name,
+               condition.name, pace.blocks, quantile(result.microseconds, 0.5),
+               quantile(result.microseconds, 0.999), result.microseconds.back(), result.lateBlocks,
+               result.processorMicroseconds);
+    std::fflush(stdout);
+}
+
+void reportGoals(const Pace &pace, const Result &here, const Result &apart)
+{
+    const double median = quantile(apart.microseconds, 0.5);
+    if (!pace.interval) {
+        reportGoal("Hop to the effect's process, blocks of 64 back to back, median", 5.0, median,
+                   "µs");
+        return;
+    }
+    reportGoal("Hop to the effect's process, 256 frames at their pace, median", 20.0, median, "µs");
+    reportGoal("Late blocks of 256 frames, idle", 0.0, static_cast<double>(apart.lateBlocks));
+    reportGoal("Processor time a block of both processes over the unit in this one", 20.0,
+               apart.processorMicroseconds - here.processorMicroseconds, "µs");
+}
+
+void compare(std::size_t blocks, double seconds)
+{
+    useOwnPlugins();
+    const AVAudioUnitComponent nothing({}, "urn:qrvx:benchmark:nothing");
+    const std::chrono::nanoseconds blockTime(static_cast<std::int64_t>(1e9 * 256 / sampleRate));
+    const auto paced = static_cast<std::size_t>(seconds * sampleRate / 256);
+    const std::array paces{Pace{"back to back", 64, blocks, std::nullopt},
+                           Pace{"at real pace", 256, paced, blockTime}};
+    fmt::print("{:12} {:14} {:16} {:>9} {:>8} {:>8} {:>9} {:>6} {:>9}\n", "effect in", "blocks",
+               "machine", "count", "p50 µs", "p99.9", "max", "late", "CPU µs");
+    for (const Pace &pace : paces) {
+        for (const Condition &condition : conditions) {
+            LocalAudioUnit local(nothing);
+            RemoteAudioUnit remote(nothing);
+            std::optional<BusyProcessors> load;
+            if (condition.isLoaded)
+                load.emplace();
+            const AudioThreadPriority priority(condition.isRealTime);
+            if (!priority.isThere()) {
+                fmt::print("{}: this user may not have real-time priority.\n", condition.name);
+                continue;
+            }
+            const Result here = measure(local, pace);
+            const Result apart = measure(remote, pace);
+            printRow("this process", pace, condition, here);
+            printRow("its own", pace, condition, apart);
+            if (!condition.isLoaded && !condition.isRealTime)
+                reportGoals(pace, here, apart);
+        }
+    }
+}
+
+} // namespace
+
+int main(int count, char **arguments)
+{
+    try {
+        compare(count > 1 ? std::stoul(arguments[1]) : 1'000'000,
+                count > 2 ? std::stod(arguments[2]) : 30.0);
+    } catch (const std::exception &error) {
+        fmt::print(stderr, "{}\n", error.what());
+        return 1;
+    }
+    return 0;
+}

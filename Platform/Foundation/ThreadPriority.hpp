@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Platform/Foundation/Realtime.hpp"
+
+#include <cstdint>
+
+namespace platform::foundation
+{
+
+/// A thread's scheduling policy and priority as one word: policy + 1 in the upper
+/// half, so that 0 stands for "not known".
+using ThreadPriority = std::uint32_t;
+
+/// Asks the kernel for the calling thread's and remembers it for that thread. For
+/// whoever owns a real-time thread, when it begins.
+void learnThreadPriority() noexcept;
+
+/// What the calling thread learnt last; does not ask the kernel.
+REALTIME ThreadPriority threadPriority() noexcept;
+
+/// Gives the calling thread a priority, if it may have it; else it stays as it is.
+void adoptThreadPriority(ThreadPriority priority) noexcept;
+
+} // namespace platform::foundation

@@ -1,0 +1,279 @@
+#include "Platform/Effect Process/EffectEnd.hpp"
+#include "Platform/Effect Process/Futex.hpp"
+#include "Platform/Effect Process/HostEnd.hpp"
+#include "Platform/Effect Process/LinkEvents.hpp"
+#include "Platform/Effect Process/LinkSlot.hpp"
+#include "Platform/LV2/HostedPlugin.hpp"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <thread>
+#include <vector>
+
+#include <unistd.h>
+
+using namespace platform::effect;
+using platform::lv2::HostedPlugin;
+using platform::lv2::Instance;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+constexpr std::uint32_t blockFrames = 64;
+constexpr std::chrono::seconds patience{10};
+
+HostEnd::Clock::time_point soon()
+{
+    return HostEnd::Clock::now() + patience;
+}
+
+/// Both ends of a link in one process, with a real plug-in at the far one.
+class Link : public testing::Test
+{
+protected:
+    void connect(const std::string &uri, const std::string &bundle)
+    {
+        plugin_ = std::make_unique<HostedPlugin>(
+            uri, std::vector<std::string>{TEST_LV2_BUNDLES "/" + bundle + ".lv2"},
+            Instance::Settings{48000.0, blockFrames, true, std::nullopt});
+        const LinkShape shape{plugin_->inputChannelCount(), plugin_->outputChannelCount(),
+                              blockFrames,
+                              static_cast<std::uint32_t>(plugin_->MIDIOutputNames().size())};
+        host_ = std::make_unique<HostEnd>(shape, midi_);
+        LinkMemory memory(FileDescriptor(::dup(host_->memory().descriptor())), shape);
+        effect_ = std::make_unique<EffectEnd>(std::move(memory), plugin_->instance(),
+                                              *plugin_->exchange());
+    }
+
+    /// The first output channel of a block of `value`s; empty when there was none.
+    std::vector<float> render(float value, std::int64_t sampleTime = 0,
+                              HostEnd::Clock::time_point deadline = soon())
+    {
+        const std::vector<float> in(blockFrames, value);
+        std::vector<std::vector<float>> out(2, std::vector<float>(blockFrames, -1.0F));
+        const std::array<const float *, 2> inputs{in.data(), in.data()};
+        const std::array<float *, 2> outputs{out[0].data(), out[1].data()};
+        if (!host_->render({inputs.data(), outputs.data(), blockFrames, sampleTime}, deadline))
+            return {};
+        return out[0];
+    }
+
+    MidiTraffic midi_;
+    std::unique_ptr<HostedPlugin> plugin_;
+    std::unique_ptr<HostEnd> host_;
+    std::unique_ptr<EffectEnd> effect_;
+};
+
+/// A link whose far end the test itself writes, as an effect that lies would.
+class LyingEffect : public testing::Test
+{
+protected:
+    LinkHeader &header() { return host_.memory().header(); }
+
+    /// Answers every block after `lie` had its way with the memory.
+    template <typename Lie>
+    bool renderAnsweredBy(Lie lie)
+    {
+        std::atomic<bool> ending{false};
+        std::thread effect([&] {
+            while (!ending) {
+                const std::uint32_t wanted = header().request.load();
+                if (header().answer.load() != wanted) {
+                    header().isRendered = 1;
+                    lie(host_.memory());
+                    header().answer.store(wanted);
+                    futexWake(header().answer);
+                }
+            }
+        });
+        const bool isRendered = host_.render({nullptr, outputs_.data(), blockFrames, 0}, soon());
+        ending = true;
+        effect.join();
+        return isRendered;
+    }
+
+    MidiTraffic midi_;
+    HostEnd host_{LinkShape{0, 1, blockFrames, 1}, midi_};
+    std::vector<float> out_ = std::vector<float>(blockFrames);
+    std::array<float *, 1> outputs_{out_.data()};
+};
+
+} // namespace
+
+TEST_F(Link, BringsBlocksThereAndBack)
+{
+    connect("urn:test:mono", "amplifier");
+    for (int block = 0; block < 1000; ++block) {
+        const auto value = static_cast<float>(block);
+        ASSERT_EQ(render(value), std::vector<float>(blockFrames, 2.0F * value));
+    }
+    EXPECT_EQ(host_->lateBlocks(), 0U);
+}
+
+TEST_F(Link, BringsMIDIThereAndBackWithItsTime)
+{
+    connect("urn:test:midi:echo", "midi");
+    const std::array<std::uint8_t, 3> note{0x90, 60, 100};
+    ASSERT_TRUE(midi_.input.push(9, note));
+    ASSERT_TRUE(midi_.input.push(4, note));
+    ASSERT_FALSE(render(0.0F, 1000).empty());
+    auto event = midi_.output.pop();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->sampleTime, 1004);
+    EXPECT_THAT(event->bytes, testing::ElementsAreArray(note));
+    event = midi_.output.pop();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->sampleTime, 1009);
+    EXPECT_FALSE(midi_.output.pop());
+}
+
+TEST_F(Link, RefusesBlocksThatAreTooLong)
+{
+    connect("urn:test:mono", "amplifier");
+    EXPECT_FALSE(host_->render({nullptr, nullptr, blockFrames + 1, 0}, soon()));
+}
+
+TEST_F(Link, NeverTakesALateAnswerForANewBlock)
+{
+    // Nobody at the far end yet: the first block cannot be in time.
+    const LinkShape shape{1, 1, blockFrames, 0};
+    host_ = std::make_unique<HostEnd>(shape, midi_);
+    EXPECT_TRUE(render(1.0F, 0, HostEnd::Clock::now() + milliseconds(5)).empty());
+    EXPECT_TRUE(render(2.0F, 64, HostEnd::Clock::now() + milliseconds(5)).empty());
+    EXPECT_EQ(host_->lateBlocks(), 2U);
+    EXPECT_GT(host_->overdue(), milliseconds(5));
+
+    plugin_ = std::make_unique<HostedPlugin>(
+        "urn:test:mono", std::vector<std::string>{TEST_LV2_BUNDLES "/amplifier.lv2"},
+        Instance::Settings{48000.0, blockFrames, true, std::nullopt});
+    effect_ = std::make_unique<EffectEnd>(
+        LinkMemory(FileDescriptor(::dup(host_->memory().descriptor())), shape), plugin_->instance(),
+        *plugin_->exchange());
+    // The block of ones is answered first, and its twos are heard nowhere.
+    EXPECT_EQ(render(3.0F, 128), std::vector<float>(blockFrames, 6.0F));
+    EXPECT_EQ(host_->overdue(), milliseconds(0));
+}
+
+TEST_F(Link, IsNotWaitedForOnceAbandoned)
+{
+    host_ = std::make_unique<HostEnd>(LinkShape{1, 1, blockFrames, 0}, midi_);
+    std::thread abandoner([this] {
+        std::this_thread::sleep_for(milliseconds(20));
+        host_->abandon();
+    });
+    const auto begun = HostEnd::Clock::now();
+    EXPECT_TRUE(render(1.0F).empty());
+    EXPECT_LT(HostEnd::Clock::now() - begun, patience);
+    abandoner.join();
+}
+
+TEST_F(Link, EndsWhileNothingIsAskedFor)
+{
+    connect("urn:test:mono", "amplifier");
+    std::this_thread::sleep_for(milliseconds(5));
+    effect_.reset();
+    EXPECT_TRUE(render(1.0F, 0, HostEnd::Clock::now() + milliseconds(1)).empty());
+}
+
+TEST_F(LyingEffect, IsHeardWhenItDoesNotLie)
+{
+    EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
+        memory.outputs()[0][0] = 0.5F;
+        memory.header().outputEventBytes = 0;
+    }));
+    EXPECT_EQ(out_[0], 0.5F);
+}
+
+TEST_F(LyingEffect, HasAllItsEventsLookedAt)
+{
+    EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
+        // All bytes set: an event of four gigabytes, in a buffer said to be larger
+        // than it is.
+        for (std::byte &byte : memory.outputEvents())
+            byte = std::byte{0xFF};
+        memory.header().outputEventBytes = 0xFFFFFFFF;
+        memory.header().lostEvents = 0xFFFFFFFF;
+    }));
+    EXPECT_FALSE(midi_.output.pop());
+    EXPECT_EQ(midi_.output.takeLostCount(), 0xFFFFFFFFU);
+}
+
+TEST_F(LyingEffect, HasNoOutputsBeyondItsOwn)
+{
+    EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
+        LinkEventWriter writer(memory.outputEvents());
+        const std::array<std::uint8_t, 1> clock{0xF8};
+        writer.append({0, 1, clock});
+        writer.append({0, 256, clock});
+        writer.append({0, 0, {}});
+        memory.header().outputEventBytes = writer.size();
+    }));
+    EXPECT_FALSE(midi_.output.pop());
+}
+
+TEST_F(LyingEffect, HasAPlausibleLatency)
+{
+    const auto latencyAfter = [this](float told) {
+        renderAnsweredBy([told](const LinkMemory &memory) { memory.header().latency = told; });
+        return host_.latency();
+    };
+    EXPECT_EQ(latencyAfter(64.0F), 64.0);
+    EXPECT_EQ(latencyAfter(NAN), 0.0);
+    EXPECT_EQ(latencyAfter(-1.0F), 0.0);
+    EXPECT_EQ(latencyAfter(INFINITY), 0.0);
+    EXPECT_EQ(latencyAfter(1e30F), 4194304.0);
+}
+
+TEST_F(LyingEffect, MayNotCallAnUnrenderedBlockRendered)
+{
+    EXPECT_FALSE(
+        renderAnsweredBy([](const LinkMemory &memory) { memory.header().isRendered = 2; }));
+}
+
+TEST(LinkSlot, RendersNothingWithoutALink)
+{
+    LinkSlot slot(patience);
+    EXPECT_FALSE(slot.render({nullptr, nullptr, 1, 0}));
+    EXPECT_TRUE(slot.isEmpty());
+    EXPECT_EQ(slot.latency(), 0.0);
+}
+
+TEST(LinkSlot, WaitsNoLongerThanABlockTakes)
+{
+    MidiTraffic midi;
+    LinkSlot slot(patience);
+    slot.put(std::make_unique<HostEnd>(LinkShape{0, 0, blockFrames, 0}, midi), 48000.0);
+    const auto begun = HostEnd::Clock::now();
+    EXPECT_FALSE(slot.render({nullptr, nullptr, blockFrames, 0}));
+    // 64 frames are 1.3 ms; what is more is the machine's.
+    EXPECT_LT(HostEnd::Clock::now() - begun, std::chrono::seconds(1));
+    EXPECT_EQ(slot.lateBlocks(), 1U);
+    slot.clear();
+    EXPECT_EQ(slot.lateBlocks(), 1U);
+}
+
+TEST(LinkSlot, IsClearedUnderARenderingCallback)
+{
+    MidiTraffic midi;
+    LinkSlot slot(patience);
+    slot.setOffline(true);
+    std::atomic<bool> ending{false};
+    std::thread callback([&] {
+        while (!ending)
+            slot.render({nullptr, nullptr, blockFrames, 0});
+    });
+    for (int round = 0; round < 50; ++round) {
+        slot.put(std::make_unique<HostEnd>(LinkShape{0, 0, blockFrames, 0}, midi), 48000.0);
+        std::this_thread::sleep_for(milliseconds(1));
+        slot.clear();
+    }
+    ending = true;
+    callback.join();
+    EXPECT_TRUE(slot.isEmpty());
+}

@@ -1,0 +1,75 @@
+#include "Platform/Effect Process/Requests.hpp"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+using namespace platform::effect;
+using Outcome = Requests::Outcome;
+
+namespace
+{
+
+Requests::Clock::time_point in(std::chrono::milliseconds time)
+{
+    return Requests::Clock::now() + time;
+}
+constexpr std::chrono::seconds long_{10};
+
+Message answer(std::uint64_t number)
+{
+    return {MessageKind::answer, number, {std::byte{1}}, {}};
+}
+
+} // namespace
+
+TEST(Requests, AreNumberedFromOne)
+{
+    Requests requests;
+    EXPECT_EQ(requests.begin(), 1U);
+    EXPECT_EQ(requests.begin(), 2U);
+}
+
+TEST(Requests, GetTheirOwnAnswers)
+{
+    Requests requests;
+    const std::uint64_t first = requests.begin();
+    const std::uint64_t second = requests.begin();
+    EXPECT_TRUE(requests.fulfil(answer(second)));
+    std::thread late([&] { EXPECT_TRUE(requests.fulfil(answer(first))); });
+    Message got;
+    EXPECT_EQ(requests.wait(first, in(long_), got), Outcome::answered);
+    EXPECT_EQ(got.number, first);
+    EXPECT_EQ(requests.wait(second, in(long_), got), Outcome::answered);
+    EXPECT_EQ(got.number, second);
+    late.join();
+}
+
+TEST(Requests, TakeNoAnswerThatNobodyAskedFor)
+{
+    Requests requests;
+    EXPECT_FALSE(requests.fulfil(answer(1)));
+    const std::uint64_t number = requests.begin();
+    EXPECT_TRUE(requests.fulfil(answer(number)));
+    EXPECT_FALSE(requests.fulfil(answer(number)));
+}
+
+TEST(Requests, AreLostTogether)
+{
+    Requests requests;
+    const std::uint64_t number = requests.begin();
+    std::thread loser([&] { requests.loseAll(); });
+    Message got;
+    EXPECT_EQ(requests.wait(number, in(long_), got), Outcome::lost);
+    loser.join();
+}
+
+TEST(Requests, AreForgottenWhenTheyAreLate)
+{
+    Requests requests;
+    const std::uint64_t number = requests.begin();
+    Message got;
+    EXPECT_EQ(requests.wait(number, in(std::chrono::milliseconds(5)), got), Outcome::late);
+    EXPECT_FALSE(requests.fulfil(answer(number)));
+}
