@@ -47,5 +47,10 @@ void AVAudioFile::read(AVAudioPCMBuffer &buffer, std::uint32_t frames)
     if (buffer.format() != *processingFormat_)
         fatalError("An audio file is read into a buffer of another format");
     const std::uint32_t wanted = std::min(frames, buffer.frameCapacity());
-    buffer.setFrameLength(reader_->read(buffer.floatChannelData(), wanted));
+    buffer.setFrameLength(read(buffer.floatChannelData(), wanted));
+}
+
+std::uint32_t AVAudioFile::read(float *const *channels, std::uint32_t frames)
+{
+    return reader_->read(channels, frames);
 }

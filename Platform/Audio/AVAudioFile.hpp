@@ -47,6 +47,9 @@ public:
     /// capacity) in `processingFormat` and sets its length: less than asked at
     /// the end, 0 past it. Where the file proves damaged it ends early.
     void read(AVAudioPCMBuffer &buffer, std::uint32_t frames);
+    /// The same to where the caller wants them: one pointer a channel of the
+    /// processing format, each to room for `frames` samples. Answers how many.
+    std::uint32_t read(float *const *channels, std::uint32_t frames);
 
 private:
     URL url_;

@@ -52,7 +52,7 @@ void FileFeed::begin(std::shared_ptr<AVAudioFile> file)
 void FileFeed::produce()
 {
     while (file_ && frames() == 0) {
-        const std::uint32_t count = readChunk();
+        const std::uint32_t count = readChunk(read_->floatChannelData(), chunkFrames);
         if (count == 0)
             continue;
         const float *const *channels = read_->floatChannelData();
@@ -67,10 +67,14 @@ void FileFeed::produce()
     }
 }
 
-std::uint32_t FileFeed::readChunk()
+std::uint32_t FileFeed::decode(float *const *channels, std::uint32_t frames)
 {
-    file_->read(*read_, chunkFrames);
-    const std::uint32_t count = read_->frameLength();
+    return readChunk(channels, std::min(frames, chunkFrames));
+}
+
+std::uint32_t FileFeed::readChunk(float *const *channels, std::uint32_t frames)
+{
+    const std::uint32_t count = file_->read(channels, frames);
     if (count > 0)
         fileGaveFrames_ = true;
     if (count == 0 || file_->framePosition() >= file_->length())

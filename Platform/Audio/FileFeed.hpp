@@ -40,6 +40,14 @@ public:
     /// takes time.
     void produce();
 
+    /// Whether files are in our format already: nothing but decoding is left to do,
+    /// and `decode` may take the place of `produce`.
+    bool isDirect() const { return !converter_ && map_ && map_->isIdentity(); }
+    /// Decodes up to a chunk of `frames` frames to where they are wanted, one pointer a
+    /// channel, and answers how many. None at the file's end, where a silence may
+    /// be left to be taken as after `produce`.
+    std::uint32_t decode(float *const *channels, std::uint32_t frames);
+
     /// Gives a short silence.
     void silence();
 
@@ -54,7 +62,7 @@ public:
     void take(std::uint32_t count) { taken_ += count; }
 
 private:
-    std::uint32_t readChunk();
+    std::uint32_t readChunk(float *const *channels, std::uint32_t frames);
     void convert(const float *const *source, std::uint32_t frames, bool end);
     void makeRoom(std::uint32_t count);
     void offer(const float *const *channels, std::uint32_t count);

@@ -108,13 +108,15 @@ std::unique_ptr<AVAudioPCMBuffer> PlayerCore::takeFramesAhead()
     std::vector<std::vector<float>> samples(channels);
     const auto append = [&samples](const float *const *from, std::uint32_t offset,
                                    std::uint32_t count) {
+        if (count == 0)
+            return;
         for (std::vector<float> &channel : samples) {
             channel.insert(channel.end(), *from + offset, *from + offset + count);
             ++from;
         }
     };
     while (const std::uint32_t count = std::min(ring->available(), ring->largestBlock())) {
-        append(ring->front(), 0, count);
+        append(ring->front(count), 0, count);
         ring->take(count);
     }
     append(feed_->channels(), feed_->offset(), feed_->frames());
@@ -197,7 +199,7 @@ const float *const *PlayerCore::borrow(const AVAudioFormat &format, std::uint32_
     frames = std::min({frames, ring->available(), ring->largestBlock()});
     borrowedFrom_ = ring;
     borrowed_ = frames;
-    return ring->front();
+    return ring->front(frames);
 }
 
 void PlayerCore::giveBack() noexcept
@@ -232,7 +234,8 @@ bool PlayerCore::feedOneStep(Lock &lock)
 {
     if (feedFrames())
         return true;
-    if (!feed_ || feed_->frames() > 0)
+    // Without room in the ring there is more to come of the file.
+    if (!feed_ || feed_->frames() > 0 || feed_->hasFile())
         return false;
     if (headBegun_) {
         // A file is not played through before the node plays.
@@ -262,10 +265,22 @@ bool PlayerCore::feedFrames()
     }
     if (headBegun_ ? !feed_->hasFile() : queue_.empty())
         return false;
-    if (headBegun_)
-        feed_->produce();
-    else
+    if (!headBegun_)
         beginHead();
+    else if (feed_->isDirect())
+        return decodeIntoRing();
+    else
+        feed_->produce();
+    return true;
+}
+
+bool PlayerCore::decodeIntoRing()
+{
+    SampleRing &ring = *ring_.get();
+    const SampleRing::Room room = ring.back();
+    if (room.frames == 0)
+        return false;
+    ring.add(feed_->decode(room.channels, room.frames));
     return true;
 }
 

@@ -77,6 +77,7 @@ private:
     void runFeeder();
     bool feedOneStep(Lock &lock);
     bool feedFrames();
+    bool decodeIntoRing();
     void beginHead();
     void completeHead(Lock &lock);
     void runCompletions(Lock &lock, Queue done);

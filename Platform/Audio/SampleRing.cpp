@@ -5,10 +5,22 @@
 namespace platform::audio
 {
 
+namespace
+{
+
+// Of whole blocks, so that blocks of one size never run over the end.
+std::uint32_t roundedUp(std::uint32_t capacity, std::uint32_t block)
+{
+    return std::max(1U, (capacity + block - 1) / block) * block;
+}
+
+} // namespace
+
 SampleRing::SampleRing(const AVAudioFormat &format, std::uint32_t capacity,
                        std::uint32_t largestBlock)
-    : capacity_(std::max(capacity, 1U)), largestBlock_(std::min(largestBlock, capacity_)),
-      samples_(format, capacity_ + largestBlock_), front_(format.channelCount())
+    : capacity_(roundedUp(capacity, std::max(largestBlock, 1U))), largestBlock_(largestBlock),
+      samples_(format, capacity_ + largestBlock_), back_(format.channelCount()),
+      front_(format.channelCount())
 {
 }
 
@@ -22,34 +34,49 @@ std::uint32_t SampleRing::available() const noexcept
 std::uint32_t SampleRing::write(const float *const *channels, std::uint32_t offset,
                                 std::uint32_t frames)
 {
-    const std::uint32_t count = std::min(frames, space());
-    const std::uint64_t written = written_.load(std::memory_order_relaxed);
-    const std::uint32_t place = placeOf(written);
-    const std::uint32_t untilEnd = std::min(count, capacity_ - place);
-    put(channels, offset, place, untilEnd);
-    put(channels, offset + untilEnd, 0, count - untilEnd);
-    written_.store(written + count, std::memory_order_release);
-    return count;
-}
-
-void SampleRing::put(const float *const *channels, std::uint32_t offset, std::uint32_t place,
-                     std::uint32_t frames)
-{
-    const std::uint32_t twice = place < largestBlock_ ? std::min(frames, largestBlock_ - place) : 0;
-    for (std::size_t channel = 0; channel < front_.size(); ++channel) {
-        const float *const from = channels[channel] + offset;
-        float *const samples = samples_.floatChannelData()[channel];
-        std::copy_n(from, frames, samples + place);
-        std::copy_n(from, twice, samples + capacity_ + place);
+    std::uint32_t done = 0;
+    while (done < frames) {
+        const Room room = back();
+        const std::uint32_t count = std::min(frames - done, room.frames);
+        if (count == 0)
+            break;
+        for (std::size_t channel = 0; channel < front_.size(); ++channel)
+            std::copy_n(channels[channel] + offset + done, count, room.channels[channel]);
+        add(count);
+        done += count;
     }
+    return done;
 }
 
-const float *const *SampleRing::front() noexcept
+SampleRing::Room SampleRing::back()
+{
+    const std::uint32_t place = placeOf(written_.load(std::memory_order_relaxed));
+    for (std::size_t channel = 0; channel < back_.size(); ++channel)
+        back_[channel] = samples_.floatChannelData()[channel] + place;
+    return {back_.data(), std::min(space(), capacity_ - place)};
+}
+
+void SampleRing::add(std::uint32_t frames)
+{
+    written_.store(written_.load(std::memory_order_relaxed) + frames, std::memory_order_release);
+}
+
+const float *const *SampleRing::front(std::uint32_t frames) noexcept
 {
     const std::uint32_t place = placeOf(taken_.load(std::memory_order_relaxed));
+    if (place + frames > capacity_)
+        completeBehindTheEnd(place + frames - capacity_);
     for (std::size_t channel = 0; channel < front_.size(); ++channel)
         front_[channel] = samples_.floatChannelData()[channel] + place;
     return front_.data();
+}
+
+void SampleRing::completeBehindTheEnd(std::uint32_t frames) noexcept
+{
+    for (std::size_t channel = 0; channel < front_.size(); ++channel) {
+        float *const samples = samples_.floatChannelData()[channel];
+        std::copy_n(samples, frames, samples + capacity_);
+    }
 }
 
 void SampleRing::take(std::uint32_t frames) noexcept

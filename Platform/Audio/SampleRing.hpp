@@ -11,14 +11,14 @@ namespace platform::audio
 {
 
 /// Frames on their way from one writing thread to one reading thread, without
-/// locks. The reader uses frames where they lie: what is written near the start
-/// is written behind the end as well, so that a block never has to be put
-/// together from two parts.
+/// locks. Both use frames where they lie: a decoder may write them there, and a
+/// block that goes on at the start is completed behind the end, so that the reader
+/// has it in one piece.
 class SampleRing
 {
 public:
-    /// Room for `capacity` frames of `format`, to be read in blocks of up to
-    /// `largestBlock` frames, at most the capacity.
+    /// Room for at least `capacity` frames of `format`, to be read in blocks of up to
+    /// `largestBlock` frames.
     SampleRing(const AVAudioFormat &format, std::uint32_t capacity, std::uint32_t largestBlock);
 
     const AVAudioFormat &format() const { return samples_.format(); }
@@ -34,9 +34,18 @@ public:
     /// many. The writer.
     std::uint32_t write(const float *const *channels, std::uint32_t offset, std::uint32_t frames);
 
-    /// The next frames to be read, one pointer a channel: as many as are available,
-    /// at most a block. They stay until they are taken. The reader.
-    REALTIME const float *const *front() noexcept;
+    /// Room that can be written in one piece. The writer.
+    struct Room {
+        float *const *channels; // one pointer each
+        std::uint32_t frames;
+    };
+    Room back();
+    /// Hands over the first `frames` frames of that room. The writer.
+    void add(std::uint32_t frames);
+
+    /// The next `frames` frames to be read, one pointer a channel; no more than are
+    /// available, and at most a block. They stay until they are taken. The reader.
+    REALTIME const float *const *front(std::uint32_t frames) noexcept;
     /// Makes room of `frames` frames, no more than are available. The reader.
     REALTIME void take(std::uint32_t frames) noexcept;
 
@@ -45,12 +54,13 @@ private:
     {
         return static_cast<std::uint32_t>(frame % capacity_);
     }
-    void put(const float *const *channels, std::uint32_t offset, std::uint32_t place,
-             std::uint32_t frames);
+    // What is to be read runs over the end by so many frames.
+    REALTIME void completeBehindTheEnd(std::uint32_t frames) noexcept;
 
     std::uint32_t capacity_;
     std::uint32_t largestBlock_;
     AVAudioPCMBuffer samples_; // the capacity, then the largest block
+    std::vector<float *> back_;
     std::vector<const float *> front_;
     // Frames since the beginning; on cache lines of their own, since each end
     // writes one of them.

@@ -17,7 +17,7 @@ std::uint32_t read(SampleRing &ring, float *const *channels, std::uint32_t frame
 {
     const std::uint32_t count = std::min({frames, ring.available(), ring.largestBlock()});
     for (std::uint32_t channel = 0; channel < ring.format().channelCount(); ++channel)
-        std::copy_n(ring.front()[channel], count, channels[channel]);
+        std::copy_n(ring.front(count)[channel], count, channels[channel]);
     ring.take(count);
     return count;
 }
@@ -43,19 +43,54 @@ TEST(SampleRing, TakesWhatFitsAndGivesWhatIsThere)
 
 TEST(SampleRing, ABlockLiesInOnePieceWhereverItBegins)
 {
-    SampleRing ring(AVAudioFormat(48000, 1), 10, 7);
+    SampleRing ring(AVAudioFormat(48000, 1), 14, 7);
     float next = 0;
     float expected = 0;
     for (int turn = 0; turn < 50; ++turn) {
-        std::array<float, 7> frames{};
+        std::array<float, 5> frames{};
         for (float &frame : frames)
             frame = next++;
         const float *const in = frames.data();
-        ASSERT_EQ(ring.write(&in, 0, 7), 7U);
-        for (std::uint32_t index = 0; index < 7; ++index)
-            ASSERT_EQ(ring.front()[0][index], expected++);
-        ring.take(7);
+        ASSERT_EQ(ring.write(&in, 0, 5), 5U);
+        for (std::uint32_t index = 0; index < 5; ++index)
+            ASSERT_EQ(ring.front(5)[0][index], expected++);
+        ring.take(5);
     }
+}
+
+TEST(SampleRing, IsWrittenWhereItsFramesLie)
+{
+    SampleRing ring(AVAudioFormat(48000, 1), 8, 4);
+    std::vector<float> heard;
+    float next = 0;
+    while (heard.size() < 100) {
+        const SampleRing::Room room = ring.back();
+        const std::uint32_t written = std::min(room.frames, 3U);
+        ASSERT_GT(written, 0U);
+        for (std::uint32_t index = 0; index < written; ++index)
+            room.channels[0][index] = next++;
+        ring.add(written);
+        std::array<float, 4> block{};
+        float *const out = block.data();
+        const std::uint32_t count = read(ring, &out, 4);
+        heard.insert(heard.end(), block.begin(), block.begin() + count);
+    }
+    for (std::size_t index = 0; index < heard.size(); ++index)
+        ASSERT_EQ(heard[index], static_cast<float>(index));
+}
+
+TEST(SampleRing, HasRoomInOnePieceUpToItsEnd)
+{
+    SampleRing ring(AVAudioFormat(48000, 1), 8, 4);
+    EXPECT_EQ(ring.back().frames, 8U);
+    ring.add(6);
+    EXPECT_EQ(ring.back().frames, 2U);
+    ring.take(4);
+    EXPECT_EQ(ring.back().frames, 2U);
+    ring.add(2);
+    EXPECT_EQ(ring.back().frames, 4U);
+    ring.add(4);
+    EXPECT_EQ(ring.back().frames, 0U);
 }
 
 TEST(SampleRing, KeepsOrderAndChannelsTogetherBetweenTwoThreads)
