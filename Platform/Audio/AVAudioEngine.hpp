@@ -52,10 +52,11 @@ public:
     /// Removes everything that feeds the node.
     void disconnectNodeInput(const std::shared_ptr<AVAudioNode> &node);
 
-    /// Allocates ahead what `start` would. What fails here fails there.
+    /// Allocates ahead what `start` would.
     void prepare();
-    /// Opens the device and renders. A `PlatformError` when no device opens or a
-    /// unit cannot run in the format of its connections.
+    /// Opens the device and renders. A `PlatformError` when no device opens. A unit
+    /// that cannot run in the format of its connections is silent, and standard error
+    /// says why.
     void start();
     void stop();
     bool isRunning() const;

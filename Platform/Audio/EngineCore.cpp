@@ -95,7 +95,7 @@ void EngineCore::prepare()
 {
     const Lock lock(mutex_);
     if (!running_)
-        allocateUnits(planner().units(), false);
+        allocateUnits(planner().units());
 }
 
 void EngineCore::start()
@@ -230,7 +230,7 @@ void EngineCore::graphChanged()
 void EngineCore::publish(bool mayThrow)
 {
     RenderPlanner planning = planner();
-    allocateUnits(planning.units(), mayThrow);
+    allocateUnits(planning.units());
     try {
         auto plan = planning.build([this](const AUAudioUnit &unit) {
             for (const auto &[known, state] : units_)
@@ -254,14 +254,13 @@ void EngineCore::withdrawPlan()
     plan_.exchange(nullptr);
 }
 
-void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units, bool mayThrow)
+// A unit that cannot run is silent, and no reason for the others to be.
+void EngineCore::allocateUnits(const std::vector<RenderPlanner::Unit> &units)
 {
     for (const RenderPlanner::Unit &planned : units) {
         try {
             allocateUnit(planned);
         } catch (const PlatformError &error) {
-            if (mayThrow)
-                throw;
             printError("The effect '" + planned.unit->audioUnitName() +
                        "' cannot render: " + error.what());
         }

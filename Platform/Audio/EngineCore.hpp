@@ -69,7 +69,7 @@ private:
 
     RenderPlanner planner() const;
     void graphChanged();
-    void allocateUnits(const std::vector<RenderPlanner::Unit> &units, bool mayThrow);
+    void allocateUnits(const std::vector<RenderPlanner::Unit> &units);
     void allocateUnit(const RenderPlanner::Unit &planned);
     void publish(bool mayThrow);
     void withdrawPlan();
