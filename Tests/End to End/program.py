@@ -64,8 +64,7 @@ class Installation:
         modules = self.build / "lib" / "parvane-host"
         if modules.exists():
             shutil.copytree(modules, self.root / "lib" / "parvane-host")
-        for helper in (self.build / "bin").glob("parvane-effect*"):
-            shutil.copy2(helper, self.program.parent)
+        shutil.copytree(self.build / "libexec", self.root / "libexec")
         shutil.copytree(self.build / "share" / "parvane-host", self.resources,
                         ignore=shutil.ignore_patterns("*.m4a"))
         self._make_loops()
