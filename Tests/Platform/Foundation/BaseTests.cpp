@@ -144,6 +144,14 @@ TEST(CheckedArithmetic, TruncatesTowardsZero)
     EXPECT_EQ(checkedInteger<std::uint64_t>(18446744073709549568.0), 18446744073709549568U);
 }
 
+TEST(CheckedArithmetic, ConvertsIntegersThatFit)
+{
+    EXPECT_EQ(checkedInteger<std::uint32_t>(std::size_t{4'294'967'295}), 4'294'967'295U);
+    EXPECT_EQ(checkedInteger<std::int64_t>(std::uint64_t{INT64_MAX}), INT64_MAX);
+    EXPECT_EQ(checkedInteger<std::int8_t>(-128), -128);
+    static_assert(checkedInteger<std::uint8_t>(255) == 255);
+}
+
 TEST_F(BaseDeathTest, OverflowIsFatal)
 {
     const std::string message = "Fatal error: Arithmetic overflow";
@@ -161,6 +169,9 @@ TEST_F(BaseDeathTest, ANumberThatFitsNoIntegerIsFatal)
     EXPECT_DEATH(checkedInteger<std::int32_t>(2147483648.0F), range);
     EXPECT_DEATH(checkedInteger<std::uint8_t>(-1.0), range);
     EXPECT_DEATH(checkedInteger<std::uint64_t>(18446744073709551616.0), range);
+    EXPECT_DEATH(checkedInteger<std::uint32_t>(std::size_t{4'294'967'296}), range);
+    EXPECT_DEATH(checkedInteger<std::int64_t>(UINT64_MAX), range);
+    EXPECT_DEATH(checkedInteger<std::uint8_t>(-1), range);
     const std::string none = "Fatal error: A number that is infinite or none";
     EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<double>::quiet_NaN()), none);
     EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<float>::infinity()), none);
