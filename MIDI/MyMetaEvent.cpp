@@ -28,7 +28,7 @@ void MyMetaEvent::withMIDIMetaEventPtr(const std::function<void(const MIDIMetaEv
     body(reinterpret_cast<const MIDIMetaEvent *>(mem.get()));
 }
 
-void test_MyMetaEvent() // NOLINT(readability-identifier-naming): the name its callers know
+void test_MyMetaEvent()
 {
     constexpr std::array<std::uint8_t, 3> data{};
     const MyMetaEvent event(META_SPECIFIC, data);

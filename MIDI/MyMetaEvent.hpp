@@ -45,4 +45,4 @@ private:
 
 /// Makes an event with three zero bytes of data, hands it to a body that does
 /// nothing, and gives it back.
-void test_MyMetaEvent();
+void test_MyMetaEvent(); // NOLINT(readability-identifier-naming): the name its callers know

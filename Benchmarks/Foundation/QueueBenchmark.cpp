@@ -28,6 +28,19 @@ void endBurst()
     burstHasRun.store(true, std::memory_order_release);
 }
 
+/// Without sleeping, since waking would be timed as well; but when the loop does not
+/// get on, it may be waiting for this very processor.
+void waitForTheLast()
+{
+    constexpr int longest = 5'000; // some 100 us
+    for (int turn = 0; !burstHasRun.load(std::memory_order_acquire); ++turn) {
+        if (turn < longest)
+            __builtin_ia32_pause();
+        else
+            std::this_thread::yield();
+    }
+}
+
 /// Times bursts whose tasks `post(isLast)` submits.
 template <typename Post>
 void timeBursts(benchmark::State &state, Post post)
@@ -37,8 +50,7 @@ void timeBursts(benchmark::State &state, Post post)
         for (int i = 1; i < burstLength; ++i)
             post(false);
         post(true);
-        while (!burstHasRun.load(std::memory_order_acquire))
-            std::this_thread::yield(); // the loop may need this processor
+        waitForTheLast();
     }
     state.SetItemsProcessed(state.iterations() * burstLength);
 }
