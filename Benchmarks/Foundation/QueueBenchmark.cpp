@@ -10,10 +10,12 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
 
+#include <array>
 #include <atomic>
 #include <thread>
 
 #include <glib.h>
+#include <sched.h>
 
 namespace
 {
@@ -28,16 +30,43 @@ void endBurst()
     burstHasRun.store(true, std::memory_order_release);
 }
 
-/// Without sleeping, since waking would be timed as well; but when the loop does not
-/// get on, it may be waiting for this very processor.
+/// Two processors to measure on, the same one twice where there is no other.
+std::array<int, 2> processors()
+{
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    sched_getaffinity(0, sizeof allowed, &allowed);
+    std::array<int, 2> found{};
+    std::size_t count = 0;
+    for (int i = 0; i < CPU_SETSIZE && count < found.size(); ++i) {
+        if (CPU_ISSET(i, &allowed))
+            found.at(count++) = i;
+    }
+    if (count == 1)
+        found[1] = found[0];
+    return found;
+}
+
+const std::array<int, 2> producerAndLoop = processors();
+
+/// Left to itself, the system puts both threads on one processor now and then, and
+/// two quite different things are timed.
+void keepThreadOn(int processor)
+{
+    cpu_set_t only;
+    CPU_ZERO(&only);
+    CPU_SET(processor, &only);
+    sched_setaffinity(0, sizeof only, &only);
+}
+
+/// Without sleeping, since waking would be timed as well.
 void waitForTheLast()
 {
-    constexpr int longest = 5'000; // some 100 us
-    for (int turn = 0; !burstHasRun.load(std::memory_order_acquire); ++turn) {
-        if (turn < longest)
-            __builtin_ia32_pause();
-        else
+    while (!burstHasRun.load(std::memory_order_acquire)) {
+        if (producerAndLoop[0] == producerAndLoop[1])
             std::this_thread::yield();
+        else
+            __builtin_ia32_pause();
     }
 }
 
@@ -45,6 +74,7 @@ void waitForTheLast()
 template <typename Post>
 void timeBursts(benchmark::State &state, Post post)
 {
+    keepThreadOn(producerAndLoop[0]);
     for (auto _ : state) {
         burstHasRun.store(false, std::memory_order_relaxed);
         for (int i = 1; i < burstLength; ++i)
@@ -84,7 +114,10 @@ void asioPost(benchmark::State &state)
     // One thread runs it, which the hint lets it make use of.
     boost::asio::io_context loop(1);
     const auto work = boost::asio::make_work_guard(loop);
-    std::thread consumer([&] { loop.run(); });
+    std::thread consumer([&] {
+        keepThreadOn(producerAndLoop[1]);
+        loop.run();
+    });
     timeBursts(state, [&](bool isLast) {
         if (isLast)
             boost::asio::post(loop, endBurst);
@@ -100,5 +133,6 @@ BENCHMARK(asioPost)->Unit(benchmark::kMicrosecond)->UseRealTime();
 
 int main(int argc, char **argv)
 {
+    keepThreadOn(producerAndLoop[1]);
     return runBenchmarksBesideTheLoop(argc, argv);
 }
