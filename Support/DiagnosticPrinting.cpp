@@ -3,24 +3,29 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/Print.hpp"
 
+#include <string>
 #include <utility>
 
 namespace
 {
 
-void printOnMainQueue(std::string text)
+void printOnMainQueue(std::string_view text)
 {
-    DispatchQueue::main().async([text = std::move(text)] { print(text); });
+    // Made ready here, so that the main thread only has to write.
+    std::string line;
+    line.reserve(text.size() + 1);
+    line.append(text).push_back('\n');
+    DispatchQueue::main().async([line = std::move(line)] { printBytes(line); });
 }
 
 } // namespace
 
-void debugprint(std::string text)
+void debugprint(std::string_view text)
 {
-    printOnMainQueue(std::move(text));
+    printOnMainQueue(text);
 }
 
-void safeprint(std::string text)
+void safeprint(std::string_view text)
 {
-    printOnMainQueue(std::move(text));
+    printOnMainQueue(text);
 }

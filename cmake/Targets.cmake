@@ -36,8 +36,11 @@ endif()
 function(parvane_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
-    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE parvane_settings ${ARG_PRIVATE})
-    target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}")
+    # What a library is built with is nothing to who uses it once it is installed.
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC}
+        PRIVATE $<BUILD_INTERFACE:parvane_settings> ${ARG_PRIVATE})
+    target_include_directories(${name} PUBLIC "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>")
+    target_compile_features(${name} PUBLIC cxx_std_20)
 endfunction()
 
 # parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TIMEOUT seconds])

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <concepts>
 #include <limits>
+#include <utility>
 
 /// Arithmetic on integers whose overflow is a fatal error.
 template <std::integral T>
@@ -32,6 +33,15 @@ constexpr T checkedMultiply(T left, T right)
     if (__builtin_mul_overflow(left, right, &result))
         fatalError("Arithmetic overflow");
     return result;
+}
+
+/// `value` as a `T`. A fatal error when `T` cannot hold it.
+template <std::integral T, std::integral V>
+constexpr T checkedInteger(V value)
+{
+    if (!std::in_range<T>(value))
+        fatalError("A number is beyond the range of the integer that it is to become");
+    return static_cast<T>(value);
 }
 
 /// `value` without its fraction. A fatal error when it is not a number or `T`

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/FileManager.hpp"
 
 #include "Platform/Foundation/Immortal.hpp"
+#include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Shared.hpp"
 
 #include <filesystem>
@@ -19,6 +20,12 @@ Shared<std::shared_ptr<FileManager>> &replacement()
     static Immortal<Shared<std::shared_ptr<FileManager>>> manager(
         [] { return Shared<std::shared_ptr<FileManager>>(); });
     return manager.value;
+}
+
+/// A name with a NUL in it would be taken for the part before it.
+bool isName(std::string_view path)
+{
+    return path.find('\0') == std::string_view::npos;
 }
 
 std::string documentsFolder()
@@ -52,9 +59,22 @@ std::vector<URL> FileManager::urls(SearchPathDirectory /*directory*/,
 
 bool FileManager::fileExists(std::string_view path) const
 {
-    // A name with a NUL in it would be taken for the part before it.
-    if (path.find('\0') != std::string_view::npos)
+    if (!isName(path))
         return false;
     std::error_code error;
     return std::filesystem::exists(std::filesystem::path(path), error);
+}
+
+void FileManager::createDirectory(const URL &url, bool withIntermediateDirectories) const
+{
+    const std::string path = url.path();
+    std::error_code error;
+    if (!url.isFileURL() || !isName(path))
+        error = std::make_error_code(std::errc::invalid_argument);
+    else if (withIntermediateDirectories)
+        std::filesystem::create_directories(path, error);
+    else if (!std::filesystem::create_directory(path, error) && !error)
+        error = std::make_error_code(std::errc::file_exists);
+    if (error)
+        throw PlatformError(error.message());
 }

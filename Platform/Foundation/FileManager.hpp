@@ -10,7 +10,7 @@
 enum class SearchPathDirectory { documentDirectory };
 enum class SearchPathDomainMask { userDomainMask };
 
-/// Questions to the file system. A subclass can stand in for it in tests. Any
+/// The file system. A subclass can stand in for it in tests. Any
 /// thread.
 class FileManager
 {
@@ -27,4 +27,10 @@ public:
     virtual std::vector<URL> urls(SearchPathDirectory directory, SearchPathDomainMask domain) const;
 
     virtual bool fileExists(std::string_view path) const;
+
+    /// Makes the folder that the file URL names, with the permissions that the process
+    /// gives by default. With intermediate folders, those missing above it are made
+    /// as well, and a folder that exists already is no fault.
+    /// Throws `PlatformError` with the system's words; folders made until then stay.
+    virtual void createDirectory(const URL &url, bool withIntermediateDirectories) const;
 };

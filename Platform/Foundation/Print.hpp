@@ -6,5 +6,8 @@
 /// Any thread; lines of several threads do not mix. May block on a slow reader.
 void print(std::string_view line);
 
-/// The same on standard error: for faults of the platform itself.
+/// The same for text that brings its newline along.
+void printBytes(std::string_view bytes);
+
+/// As `print`, on standard error: for faults of the platform itself.
 void printError(std::string_view line);

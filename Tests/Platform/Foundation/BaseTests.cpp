@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -20,6 +21,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 // These tests link the base alone: it must stand without GLib.
 namespace
@@ -144,6 +149,14 @@ TEST(CheckedArithmetic, TruncatesTowardsZero)
     EXPECT_EQ(checkedInteger<std::uint64_t>(18446744073709549568.0), 18446744073709549568U);
 }
 
+TEST(CheckedArithmetic, ConvertsIntegersThatFit)
+{
+    EXPECT_EQ(checkedInteger<std::uint32_t>(std::size_t{4'294'967'295}), 4'294'967'295U);
+    EXPECT_EQ(checkedInteger<std::int64_t>(std::uint64_t{INT64_MAX}), INT64_MAX);
+    EXPECT_EQ(checkedInteger<std::int8_t>(-128), -128);
+    static_assert(checkedInteger<std::uint8_t>(255) == 255);
+}
+
 TEST_F(BaseDeathTest, OverflowIsFatal)
 {
     const std::string message = "Fatal error: Arithmetic overflow";
@@ -161,6 +174,9 @@ TEST_F(BaseDeathTest, ANumberThatFitsNoIntegerIsFatal)
     EXPECT_DEATH(checkedInteger<std::int32_t>(2147483648.0F), range);
     EXPECT_DEATH(checkedInteger<std::uint8_t>(-1.0), range);
     EXPECT_DEATH(checkedInteger<std::uint64_t>(18446744073709551616.0), range);
+    EXPECT_DEATH(checkedInteger<std::uint32_t>(std::size_t{4'294'967'296}), range);
+    EXPECT_DEATH(checkedInteger<std::int64_t>(UINT64_MAX), range);
+    EXPECT_DEATH(checkedInteger<std::uint8_t>(-1), range);
     const std::string none = "Fatal error: A number that is infinite or none";
     EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<double>::quiet_NaN()), none);
     EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<float>::infinity()), none);
@@ -232,6 +248,40 @@ TEST(Print, WritesTheLineAndANewline)
     ::testing::internal::CaptureStderr();
     printError("a fault");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "a fault\n");
+}
+
+TEST(Print, WritesBytesAsTheyAre)
+{
+    ::testing::internal::CaptureStdout();
+    printBytes("a\0b\n"s);
+    printBytes("");
+    printBytes("no end");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "a\0b\nno end"s);
+}
+
+TEST(Print, WaitsForAReaderThatTheOutputWouldNotWaitFor)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_NONBLOCK | O_CLOEXEC), 0);
+    const int original = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+    const std::string line(1'000'000, 'x');
+    std::string received;
+    std::thread reader([&] {
+        pollfd input{ends[0], POLLIN, 0};
+        std::vector<char> part(65'536);
+        while (received.size() <= line.size() && poll(&input, 1, 10'000) == 1) {
+            const ssize_t count = read(ends[0], part.data(), part.size());
+            received.append(part.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+        }
+    });
+    print(line);
+    reader.join();
+    dup2(original, STDOUT_FILENO);
+    close(original);
+    close(ends[0]);
+    EXPECT_EQ(received, line + "\n");
 }
 
 TEST(Print, DoesNotMixLinesOfSeveralThreads)

@@ -1,5 +1,6 @@
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/FileManager.hpp"
+#include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/ProcessInfo.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
@@ -118,6 +119,40 @@ TEST_F(FileManagerTest, ALinkToNothingDoesNotExist)
 {
     std::filesystem::create_symlink(folder.path() / "nothing", folder.path() / "link");
     EXPECT_FALSE(FileManager::defaultManager()->fileExists((folder.path() / "link").string()));
+}
+
+TEST_F(FileManagerTest, MakesOneFolderOrAllThatAreMissing)
+{
+    const auto manager = FileManager::defaultManager();
+    const auto make = [&](const std::string &name, bool withIntermediateDirectories) {
+        manager->createDirectory(URL::fileURLWithPath((folder.path() / name).string()),
+                                 withIntermediateDirectories);
+        return std::filesystem::is_directory(folder.path() / name);
+    };
+    EXPECT_TRUE(make("one", false));
+    EXPECT_TRUE(make("a/b/c", true));
+    EXPECT_TRUE(make("a/b/c", true));
+    EXPECT_THROW(make("a", false), PlatformError);
+    EXPECT_THROW(make("x/y", false), PlatformError);
+    EXPECT_FALSE(std::filesystem::exists(folder.path() / "x"));
+}
+
+TEST_F(FileManagerTest, SaysWhyAFolderCannotBeMade)
+{
+    std::ofstream(folder.path() / "file") << "text";
+    const auto reason = [&](const URL &url) -> std::string {
+        try {
+            FileManager::defaultManager()->createDirectory(url, true);
+        } catch (const PlatformError &error) {
+            return error.what();
+        }
+        return "none";
+    };
+    const std::string root = folder.path().string();
+    EXPECT_EQ(reason(URL::fileURLWithPath(root + "/file")), "Not a directory");
+    EXPECT_EQ(reason(URL::fileURLWithPath(root + "/file/a")), "Not a directory");
+    EXPECT_EQ(reason(URL::fileURLWithPath(root + "/a\0b"s)), "Invalid argument");
+    EXPECT_EQ(reason(*URL::fromString("https://qrvx.example" + root + "/a")), "Invalid argument");
 }
 
 TEST_F(FileManagerTest, CanBeReplaced)
