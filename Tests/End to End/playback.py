@@ -2,12 +2,14 @@
 file through it until Stop; every line is checked, and what is heard."""
 
 import math
+import os
+import pathlib
 import re
 import signal
 import sys
 import unittest
 
-from program import LOADED, STARTING, STOPPING, EndToEndTest
+from program import LOADED, STARTING, STOPPING, EndToEndTest, wait_until
 
 CONNECTED = "AUExtensionManager: Performed audio unit connection."
 NO_VIEW = "ERROR: Something is wrong with the view controller and view of the audio unit."
@@ -145,6 +147,38 @@ class Playback(EndToEndTest):
         program.type("ctrl+w")
         self.assertEqual(program.wait(), 0)
         self.check_faults(program)
+
+    def test_goes_on_when_the_effect_dies(self):
+        program = self.start()
+        program.wait_for(LOADED)
+        program.press("Play")
+        program.wait_for("looped: 2.")
+        first = program.effect()
+        os.kill(first, signal.SIGKILL)
+        second = wait_until(lambda: program.effect() not in (None, first) and program.effect(),
+                            "effect after the first")
+        self.assertFalse(pathlib.Path(f"/proc/{first}").exists())
+        heard = sum(bool(MIDI.match(line)) for line in program.lines)
+        loops = sum("looped:" in line for line in program.lines)
+        program.wait_for("looped:", count=loops + 6)
+        self.assertGreater(sum(bool(MIDI.match(line)) for line in program.lines), heard,
+                           "The effect that was started again turns no rotor.")
+        self.assertEqual(program.end_with(signal.SIGTERM), 0)
+        wait_until(lambda: not pathlib.Path(f"/proc/{second}").exists(), "end of the effect")
+        name = "QRVX: KOV TORVELD Parvane Extension (AU)"
+        self.assertEqual([line for line in program.errors if not DISK_DRIVER.match(line)],
+                         [f"The effect '{name}' ended unexpectedly (SIGKILL); "
+                          "it is started again."])
+        counts = [int(line.rsplit(" ", 1)[1][:-1]) for line in program.lines if "looped:" in line]
+        self.assertEqual(counts, list(range(1, len(counts) + 1)))
+        self.check_recording(3)
+
+    def test_takes_the_effect_along_when_it_is_killed(self):
+        program = self.start()
+        program.wait_for(LOADED)
+        effect = program.effect()
+        self.assertEqual(program.end_with(signal.SIGKILL), -signal.SIGKILL)
+        wait_until(lambda: not pathlib.Path(f"/proc/{effect}").exists(), "end of the effect")
 
     def test_plays_without_an_effect(self):
         program = self.start(lv2_path=self.installation.home)

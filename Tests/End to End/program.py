@@ -148,6 +148,17 @@ class Program:
         status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
         return int(status.split("VmRSS:")[1].split()[0])
 
+    def effect(self):
+        """The process that holds the effect; None while there is none."""
+        for status in pathlib.Path("/proc").glob("[0-9]*/stat"):
+            with contextlib.suppress(OSError):
+                name, rest = status.read_text().rsplit(")", 1)
+                state, parent = rest.split()[:2]
+                if (name.endswith("(parvane-effect") and state != "Z" and
+                        int(parent) == self.process.pid):
+                    return int(status.parent.name)
+        return None
+
     def end_with(self, number):
         """Sends a signal and answers the exit status."""
         self.process.send_signal(number)
