@@ -1,5 +1,7 @@
 #include "Platform/Effect Process/LinkEvents.hpp"
 
+#include <algorithm>
+
 namespace platform::effect
 {
 
@@ -26,7 +28,9 @@ bool LinkEventWriter::append(const LinkEvent &event) noexcept
         return false;
     const Head head{event.time, event.output, static_cast<std::uint32_t>(event.bytes.size())};
     std::memcpy(room_.data() + used_, &head, sizeof head);
-    std::memcpy(room_.data() + used_ + sizeof head, event.bytes.data(), event.bytes.size());
+    std::transform(event.bytes.begin(), event.bytes.end(),
+                   room_.subspan(used_ + sizeof head).begin(),
+                   [](std::uint8_t byte) { return std::byte{byte}; });
     used_ += needed;
     return true;
 }

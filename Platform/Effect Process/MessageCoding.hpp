@@ -85,7 +85,7 @@ private:
     requires requires(const Record &record) { Fields<Record>::of(record); }
     void put(const Record &record)
     {
-        std::apply([this](const auto &...fields) { (put(fields), ...); },
+        std::apply([this](const auto &...fields) { (this->put(fields), ...); },
                    Fields<Record>::of(record));
     }
 
@@ -168,7 +168,8 @@ private:
     requires requires(Record &record) { Fields<Record>::of(record); }
     void get(Record &record)
     {
-        std::apply([this](auto &...fields) { (get(fields), ...); }, Fields<Record>::of(record));
+        std::apply([this](auto &...fields) { (this->get(fields), ...); },
+                   Fields<Record>::of(record));
     }
 
     std::size_t count()
