@@ -1,0 +1,85 @@
+#include "PlayingHost.hpp"
+
+#include "Tests/Utilities/WaveFile.hpp"
+
+#include <thread>
+#include <utility>
+
+bool eventually(const std::function<bool()> &condition)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
+
+std::chrono::duration<double> timeOf(const std::function<void()> &operation)
+{
+    const auto begun = std::chrono::steady_clock::now();
+    operation();
+    return std::chrono::steady_clock::now() - begun;
+}
+
+PlayingHost::PlayingHost(std::shared_ptr<AUAudioUnit> unit, const test::Channels &wave)
+    : unit_(std::make_shared<AVAudioUnit>(std::move(unit))),
+      report_(std::make_shared<PacedDevice::Report>()),
+      engine_(std::make_unique<PacedDevice>(report_)),
+      file_(std::make_shared<AVAudioFile>(test::writeWave(
+          folder_.path() / "loop.wav", wave, static_cast<std::uint32_t>(PacedDevice::sampleRate))))
+{
+    engine_.connect(engine_.mainMixerNode(), engine_.outputNode(), nullptr);
+    useRate(PacedDevice::sampleRate);
+    schedule();
+    engine_.start();
+    player_->play();
+}
+
+PlayingHost::~PlayingHost()
+{
+    stop();
+}
+
+void PlayingHost::schedule()
+{
+    player_->scheduleFile(file_, [this] {
+        if (ending_)
+            return;
+        ++loops_;
+        schedule();
+    });
+}
+
+void PlayingHost::useRate(double sampleRate)
+{
+    const auto format = std::make_shared<AVAudioFormat>(sampleRate, 2);
+    engine_.connect(player_, unit_, format);
+    engine_.connect(unit_, engine_.mainMixerNode(), format);
+}
+
+bool PlayingHost::goesOn()
+{
+    const std::uint64_t before = report_->blocks;
+    return eventually([&] { return report_->blocks > before + 10; });
+}
+
+bool PlayingHost::sounds()
+{
+    const std::uint64_t before = report_->sounding;
+    return eventually([&] { return report_->sounding > before + 10; });
+}
+
+void PlayingHost::stop()
+{
+    ending_ = true;
+    player_->stop();
+    engine_.stop();
+}
+
+void PlayingHost::detachUnit()
+{
+    engine_.detach(unit_);
+    unit_.reset();
+}
