@@ -213,6 +213,14 @@ std::uint64_t EffectProcess::lateBlocks() const
     return slot_.lateBlocks();
 }
 
+void EffectProcess::hurry()
+{
+    requests_.hurry(Clock::now() + limits_.ending);
+    const Lock lock(mutex_);
+    ++hurries_;
+    phaseChanged_.notify_all();
+}
+
 bool EffectProcess::isUp() const
 {
     const Lock lock(mutex_);
@@ -263,8 +271,9 @@ void EffectProcess::ask(MessageKind kind, std::span<const std::byte> body, const
 std::optional<EffectProcess::Ticket> EffectProcess::beginWhenUp()
 {
     Lock lock(mutex_);
-    phaseChanged_.wait_for(lock, limits_.request,
-                           [this] { return phase_ != Phase::starting || isEnding_; });
+    phaseChanged_.wait_for(lock, limits_.request, [this, before = hurries_] {
+        return phase_ != Phase::starting || isEnding_ || hurries_ != before;
+    });
     if (phase_ != Phase::up || isEnding_)
         return std::nullopt;
     return Ticket{socket_, requests_.begin()};
@@ -279,7 +288,9 @@ Message EffectProcess::call(const Ticket &ticket, MessageKind kind, std::span<co
     Message answer;
     const Requests::Outcome outcome = requests_.wait(ticket.number, deadline, answer);
     if (outcome == Requests::Outcome::late)
-        blame(ticket.socket, "gave no answer for " + seconds(limits_.request));
+        blame(ticket.socket, Clock::now() < deadline
+                                 ? "gave no answer before its end"
+                                 : "gave no answer for " + seconds(limits_.request));
     if (outcome != Requests::Outcome::answered)
         throw EffectFault(fmt::format("The effect '{}' failed instead of answering.", name()));
     return answer;
@@ -358,8 +369,7 @@ void EffectProcess::startChild()
         sendOwn(MessageKind::instantiate, MessageWriter::message(instantiation()));
     } catch (const PlatformError &error) {
         // The system is out of something; the effect is not to blame.
-        const Lock lock(mutex_);
-        stayDown(lock, error.what());
+        startHasFailed(error.what());
     }
 }
 
@@ -447,11 +457,16 @@ void EffectProcess::takeStartAnswer(const Message &message)
         becomeUp();
         return;
     }
-    const std::string reason = checkedText(message.body);
+    startHasFailed(checkedText(message.body));
+}
+
+void EffectProcess::startHasFailed(const std::string &reason)
+{
     if (hasBeenUp_)
         printError(fmt::format("The effect '{}' cannot be started again: {}", name(), reason));
     const Lock lock(mutex_);
-    child_->kill();
+    if (child_)
+        child_->kill();
     stayDown(lock, reason);
 }
 
@@ -575,6 +590,9 @@ void EffectProcess::endChild()
         child_->reap();
         printError(fmt::format("The effect '{}' did not end within {}; it was ended by force.",
                                name(), seconds(limits_.ending)));
+    } else if (!faultReason_.empty()) {
+        child_->reap();
+        printError(fmt::format("The effect '{}' {}.", name(), faultReason_));
     } else if (const std::string how = child_->reap(); how != "exit code 0") {
         printError(fmt::format("The effect '{}' failed at its end ({}).", name(), how));
     }
