@@ -55,8 +55,10 @@ void PlayingHost::schedule()
 void PlayingHost::useRate(double sampleRate)
 {
     const auto format = std::make_shared<AVAudioFormat>(sampleRate, 2);
-    engine_.connect(player_, unit_, format);
-    engine_.connect(unit_, engine_.mainMixerNode(), format);
+    // Its own hold: another thread may let go of the unit meanwhile.
+    const auto unit = unit_.load();
+    engine_.connect(player_, unit, format);
+    engine_.connect(unit, engine_.mainMixerNode(), format);
 }
 
 bool PlayingHost::goesOn()
@@ -80,6 +82,5 @@ void PlayingHost::stop()
 
 void PlayingHost::detachUnit()
 {
-    engine_.detach(unit_);
-    unit_.reset();
+    engine_.detach(unit_.exchange(nullptr));
 }

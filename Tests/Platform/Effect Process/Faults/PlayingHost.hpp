@@ -6,6 +6,7 @@
 #include "Platform/Audio/AVAudioFile.hpp"
 #include "Platform/Audio/AVAudioPlayerNode.hpp"
 #include "Platform/Audio/AVAudioUnit.hpp"
+#include "Platform/Foundation/Shared.hpp"
 #include "Tests/Utilities/Channels.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
@@ -32,7 +33,7 @@ public:
     PlayingHost(const PlayingHost &) = delete;
     PlayingHost &operator=(const PlayingHost &) = delete;
 
-    AUAudioUnit &unit() { return *unit_->auAudioUnit(); }
+    AUAudioUnit &unit() { return *unit_.load()->auAudioUnit(); }
     AVAudioEngine &engine() { return engine_; }
     PacedDevice::Report &report() { return *report_; }
     std::int64_t loops() const { return loops_; }
@@ -53,7 +54,7 @@ private:
     void schedule();
 
     const test::TemporaryFolder folder_;
-    std::shared_ptr<AVAudioUnit> unit_;
+    Shared<std::shared_ptr<AVAudioUnit>> unit_;
     const std::shared_ptr<PacedDevice::Report> report_;
     AVAudioEngine engine_;
     std::shared_ptr<AVAudioFile> file_;
