@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace
@@ -35,7 +36,10 @@ void offerItselfFirst()
 
 bool hasSocket()
 {
-    return ::fcntl(ChildProcess::socketNumber, F_SETFD, FD_CLOEXEC) == 0;
+    int type = 0;
+    socklen_t size = sizeof type;
+    return ::getsockopt(ChildProcess::socketNumber, SOL_SOCKET, SO_TYPE, &type, &size) == 0 &&
+           ::fcntl(ChildProcess::socketNumber, F_SETFD, FD_CLOEXEC) == 0;
 }
 
 } // namespace
