@@ -55,6 +55,17 @@ std::string breachText(const ProtocolBreach &breach)
     return fmt::format("broke the agreement ({})", breach.what());
 }
 
+/// Text of somebody else's as part of a line, and without control of a terminal.
+std::string oneLine(std::string text)
+{
+    constexpr unsigned char firstPrintable = 0x20;
+    constexpr unsigned char deletion = 0x7F;
+    std::replace_if(
+        text.begin(), text.end(),
+        [](unsigned char c) { return c < firstPrintable || c == deletion; }, ' ');
+    return text;
+}
+
 std::string seconds(milliseconds time)
 {
     return fmt::format("{:g} s", std::chrono::duration<double>(time).count());
@@ -319,7 +330,7 @@ void EffectProcess::supervise()
         takeMessages();
         if (child_ && isReadable(child_->descriptor(), milliseconds(0)))
             childHasDied();
-        checkForHang();
+        checkLink();
         if (takesRestart())
             startChild();
     }
@@ -429,6 +440,8 @@ void EffectProcess::takeMessages()
 
 void EffectProcess::takeMessage(Message message)
 {
+    if (message.descriptor)
+        throw ProtocolBreach("it sends file descriptors that nobody asked for");
     switch (message.kind) {
     case MessageKind::answer:
     case MessageKind::refusal:
@@ -457,7 +470,7 @@ void EffectProcess::takeStartAnswer(const Message &message)
         becomeUp();
         return;
     }
-    startHasFailed(checkedText(message.body));
+    startHasFailed(oneLine(checkedText(message.body)));
 }
 
 void EffectProcess::startHasFailed(const std::string &reason)
@@ -500,9 +513,11 @@ void EffectProcess::becomeUp()
     phaseChanged_.notify_all();
 }
 
-void EffectProcess::checkForHang()
+void EffectProcess::checkLink()
 {
     const Lock lock(mutex_);
+    if (const char *breach = slot_.breach())
+        fault(lock, breachText(ProtocolBreach(breach)));
     if (phase_ == Phase::starting && child_ && Clock::now() > startDeadline_)
         fault(lock, "was not there after " + seconds(limits_.instantiation));
     // Seen twice, since the host itself may have been stopped for a while.
@@ -605,7 +620,7 @@ void EffectProcess::wakeSupervisor() const
 
 std::string EffectProcess::name() const
 {
-    return description_.name.empty() ? plugin_.uri : description_.name;
+    return oneLine(description_.name.empty() ? plugin_.uri : description_.name);
 }
 
 } // namespace platform::effect

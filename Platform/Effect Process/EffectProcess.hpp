@@ -154,7 +154,7 @@ private:
     void takeStartAnswer(const Message &message);
     void takeDescription(Description description);
     void becomeUp();
-    void checkForHang();
+    void checkLink();
     void childHasDied();
     std::string takeDeath(const Lock &lock);
     std::string afterFault();
