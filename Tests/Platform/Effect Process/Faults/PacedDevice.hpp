@@ -18,6 +18,9 @@ public:
     static constexpr std::uint32_t framesPerBlock = 64;
     static constexpr double sampleRate = 48000.0;
 
+    /// Interleaved samples of two channels.
+    using Take = std::function<void(const float *samples, std::uint32_t frames)>;
+
     /// What there is to know of a device that an engine owns.
     struct Report {
         std::atomic<std::uint64_t> blocks{0};
@@ -28,7 +31,7 @@ public:
         std::atomic<std::chrono::nanoseconds::rep> longestCallback{0};
         /// Called before each block, and given each block. Set while it does not run.
         std::function<void()> before;
-        std::function<void(const float *samples, std::uint32_t frames)> take;
+        Take take;
     };
 
     explicit PacedDevice(std::shared_ptr<Report> report) : report_(std::move(report)) {}

@@ -1,5 +1,6 @@
 #include "PlayingHost.hpp"
 
+#include "Platform/Audio/PlayerCore.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 
 #include <thread>
@@ -23,13 +24,21 @@ std::chrono::duration<double> timeOf(const std::function<void()> &operation)
     return std::chrono::steady_clock::now() - begun;
 }
 
-PlayingHost::PlayingHost(std::shared_ptr<AUAudioUnit> unit, const test::Channels &wave)
+PlayingHost::PlayingHost(std::shared_ptr<AUAudioUnit> unit, const test::Channels &wave,
+                         PacedDevice::Take take)
     : unit_(std::make_shared<AVAudioUnit>(std::move(unit))),
       report_(std::make_shared<PacedDevice::Report>()),
       engine_(std::make_unique<PacedDevice>(report_)),
       file_(std::make_shared<AVAudioFile>(test::writeWave(
           folder_.path() / "loop.wav", wave, static_cast<std::uint32_t>(PacedDevice::sampleRate))))
 {
+    // Where the machine is too busy to read ahead, the device is late rather than the
+    // player short of frames: what is heard is the same each time.
+    report_->before = [core = player_->core()] {
+        while (!core->hasFrames(PacedDevice::framesPerBlock))
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+    };
+    report_->take = std::move(take);
     engine_.connect(engine_.mainMixerNode(), engine_.outputNode(), nullptr);
     useRate(PacedDevice::sampleRate);
     schedule();

@@ -27,8 +27,9 @@ std::chrono::duration<double> timeOf(const std::function<void()> &operation);
 class PlayingHost
 {
 public:
-    /// Plays `wave`, at 48 kHz, from now on.
-    PlayingHost(std::shared_ptr<AUAudioUnit> unit, const test::Channels &wave);
+    /// Plays `wave`, at 48 kHz, from now on. `take` gets each block as it is heard.
+    PlayingHost(std::shared_ptr<AUAudioUnit> unit, const test::Channels &wave,
+                PacedDevice::Take take = {});
     ~PlayingHost();
     PlayingHost(const PlayingHost &) = delete;
     PlayingHost &operator=(const PlayingHost &) = delete;
