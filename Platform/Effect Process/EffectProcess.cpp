@@ -119,8 +119,11 @@ void EffectProcess::endByForce()
 {
     const Lock lock(mutex_);
     isEnding_ = true;
-    if (child_)
+    if (child_) {
         child_->kill();
+        // Until then it could still write files.
+        isReadable(child_->descriptor(), timeToDie);
+    }
     std::error_code ignored;
     std::filesystem::remove_all(scratchFolder_, ignored);
 }

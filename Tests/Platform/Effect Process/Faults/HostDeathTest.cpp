@@ -157,6 +157,15 @@ TEST_F(EffectIsolationTest, InterruptingTheHostFromTheKeyboardLeavesTheEffectAlo
     EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
 }
 
+TEST_F(EffectIsolationTest, QuittingLeavesNoFilesOfTheEffect)
+{
+    DyingHost host("quick_exit_with_files", uri("never", "none"));
+    const Watched effect(host.effect());
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
+}
+
 TEST_F(EffectIsolationTest, TheEffectHasNoDescriptorButItsOwn)
 {
     // What a host has open: this must not leak into the effect, close-on-exec or not.
