@@ -560,7 +560,7 @@ std::string EffectProcess::takeDeath(const Lock &lock)
     const std::string what =
         faultReason_.empty() ? fmt::format("ended unexpectedly ({})", how) : faultReason_;
     const std::string sequel = afterFault();
-    const std::string line = fmt::format("The effect '{}' {}; {}.", name(), what, sequel);
+    std::string line = fmt::format("The effect '{}' {}; {}.", name(), what, sequel);
     if (restartIsWanted_)
         phase_ = Phase::starting;
     else
