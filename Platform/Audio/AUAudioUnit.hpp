@@ -97,6 +97,10 @@ public:
     /// Live at first. Never while `render` may run.
     virtual void setRenderingOffline(bool /*offline*/) {}
 
+    /// Has control operations that wait for the unit on other threads come to an end,
+    /// with or without success: the unit is not wanted any more. Any thread.
+    virtual void hurry() {}
+
     /// Delay through the unit, in seconds; 0 before render resources exist.
     virtual double latency() const = 0;
 

@@ -32,6 +32,9 @@ constexpr std::uint32_t mostFramesPerBlock = 8192;
 
 constexpr auto watchInterval = std::chrono::milliseconds(100);
 
+// How often to look whether what is under way has ended.
+constexpr auto glanceInterval = std::chrono::milliseconds(2);
+
 // Some drivers fall silent without a word when their server dies. A device that
 // lives asks every few milliseconds.
 constexpr auto deviceSilence = std::chrono::seconds(2);
@@ -66,10 +69,13 @@ void EngineCore::attach(const std::shared_ptr<AVAudioNode> &node)
 
 void EngineCore::detach(const std::shared_ptr<AVAudioNode> &node)
 {
-    const Lock lock(mutex_);
+    const auto unitNode = std::dynamic_pointer_cast<AVAudioUnit>(node);
+    if (unitNode)
+        unitNode->auAudioUnit()->hurry();
+    const Lock lock = lockWithoutUnits();
     graph_.detach(*node);
     graphChanged();
-    if (const auto unitNode = std::dynamic_pointer_cast<AVAudioUnit>(node)) {
+    if (unitNode) {
         unitNode->auAudioUnit()->deallocateRenderResources();
         units_.erase(unitNode->auAudioUnit());
     }
@@ -86,7 +92,8 @@ void EngineCore::connect(const std::shared_ptr<AVAudioNode> &source,
 
 void EngineCore::disconnectNodeInput(const AVAudioNode &node)
 {
-    const Lock lock(mutex_);
+    const bool isUnit = dynamic_cast<const AVAudioUnit *>(&node) != nullptr;
+    const Lock lock = isUnit ? lockWithoutUnits() : Lock(mutex_);
     graph_.disconnectInput(node);
     graphChanged();
 }
@@ -123,7 +130,7 @@ void EngineCore::stop()
 {
     std::thread watch;
     {
-        const Lock lock(mutex_);
+        const Lock lock = lockWithoutUnits();
         if (!running_)
             return;
         running_ = false;
@@ -215,6 +222,19 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
     blocksDone_.fetch_add(1, std::memory_order_relaxed);
 }
 
+EngineCore::Lock EngineCore::lockWithoutUnits()
+{
+    Lock lock(mutex_, std::try_to_lock);
+    while (!lock.owns_lock()) {
+        if (const auto unit = unitInPreparation_.load())
+            unit->hurry();
+        // Again, since the preparation may begin only now.
+        std::this_thread::sleep_for(glanceInterval);
+        static_cast<void>(lock.try_lock());
+    }
+    return lock;
+}
+
 RenderPlanner EngineCore::planner() const
 {
     return {graph_, *output_, *output_->outputFormat(0), maximumFrames_,
@@ -278,7 +298,14 @@ void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
     withdrawPlan();
     units_.erase(planned.unit);
     planned.unit->setRenderingOffline(offline);
-    planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
+    unitInPreparation_.store(planned.unit);
+    try {
+        planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
+    } catch (...) {
+        unitInPreparation_.store(nullptr);
+        throw;
+    }
+    unitInPreparation_.store(nullptr);
     units_[planned.unit] = {planned.sampleRate, maximumFrames_, offline,
                             std::make_shared<RenderClock>()};
 }

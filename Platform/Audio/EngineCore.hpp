@@ -67,6 +67,8 @@ private:
     using Lock = std::unique_lock<std::mutex>;
     using Players = std::vector<RenderPlan::Player>;
 
+    /// The mutex, with no wait for a unit that hangs over its preparation.
+    Lock lockWithoutUnits();
     RenderPlanner planner() const;
     void graphChanged();
     void allocateUnits(const std::vector<RenderPlanner::Unit> &units);
@@ -87,6 +89,8 @@ private:
     std::mutex mutex_; // guards the graph and all control state
     AudioGraph graph_;
     std::map<std::shared_ptr<AUAudioUnit>, UnitState> units_;
+    // The one that is being prepared; whoever waits for the mutex may look.
+    Shared<std::shared_ptr<AUAudioUnit>> unitInPreparation_{nullptr};
     std::unique_ptr<OutputDevice> device_;
     std::uint32_t maximumFrames_;
     std::optional<AVAudioFormat> manualFormat_;

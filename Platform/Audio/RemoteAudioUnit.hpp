@@ -60,6 +60,9 @@ public:
     bool renderResourcesAllocated() const override;
     void setRenderingOffline(bool offline) override;
 
+    /// They wait half a second more at most.
+    void hurry() override { process_.hurry(); }
+
     double latency() const override;
 
     bool scheduleMIDIEvent(std::uint32_t frameOffset, const std::uint8_t *bytes,

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <span>
 #include <utility>
 
@@ -18,7 +19,7 @@ namespace platform::effect
 EffectEnd::EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange)
     : memory_(std::move(memory)), instance_(instance), exchange_(exchange), spin_(usualSpin())
 {
-    memory_.header().latency = static_cast<float>(instance_.latency());
+    giveLatency();
     thread_ = std::thread([this] {
         pthread_setname_np(pthread_self(), "effect-audio");
         serve();
@@ -83,7 +84,14 @@ void EffectEnd::renderBlock() noexcept
         instance_.run(memory_.inputs(), memory_.outputs(), header.frames, header.sampleTime) ? 1
                                                                                              : 0;
     giveEvents();
-    header.latency = static_cast<float>(instance_.latency());
+    giveLatency();
+}
+
+void EffectEnd::giveLatency() noexcept
+{
+    const auto latency = static_cast<float>(instance_.latency());
+    memory_.header().latency =
+        std::isfinite(latency) ? std::clamp(latency, 0.0F, longestLatency) : 0.0F;
 }
 
 void EffectEnd::takeEvents(std::uint32_t bytes) noexcept
@@ -100,9 +108,13 @@ void EffectEnd::giveEvents() noexcept
     LinkHeader &header = memory_.header();
     LinkEventWriter writer(memory_.outputEvents());
     std::uint32_t lost = 0;
-    while (const auto event = exchange_.midiOutput.pop())
-        if (!writer.append({event->sampleTime, event->output, event->bytes}))
+    while (const auto event = exchange_.midiOutput.pop()) {
+        // A plug-in may have stamped it with a frame that the block does not have.
+        const std::int64_t time = std::clamp<std::int64_t>(event->sampleTime, header.sampleTime,
+                                                           header.sampleTime + header.frames - 1);
+        if (!writer.append({time, event->output, event->bytes}))
             ++lost;
+    }
     header.outputEventBytes = writer.size();
     header.lostEvents = lost + static_cast<std::uint32_t>(exchange_.midiOutput.takeLostCount());
 }

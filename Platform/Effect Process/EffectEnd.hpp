@@ -33,6 +33,7 @@ private:
     void renderBlock() noexcept;
     void takeEvents(std::uint32_t bytes) noexcept;
     void giveEvents() noexcept;
+    void giveLatency() noexcept;
 
     LinkMemory memory_;
     lv2::Instance &instance_;

@@ -55,6 +55,17 @@ std::string breachText(const ProtocolBreach &breach)
     return fmt::format("broke the agreement ({})", breach.what());
 }
 
+/// Text of somebody else's as part of a line, and without control of a terminal.
+std::string oneLine(std::string text)
+{
+    constexpr unsigned char firstPrintable = 0x20;
+    constexpr unsigned char deletion = 0x7F;
+    std::replace_if(
+        text.begin(), text.end(),
+        [](unsigned char c) { return c < firstPrintable || c == deletion; }, ' ');
+    return text;
+}
+
 std::string seconds(milliseconds time)
 {
     return fmt::format("{:g} s", std::chrono::duration<double>(time).count());
@@ -108,8 +119,11 @@ void EffectProcess::endByForce()
 {
     const Lock lock(mutex_);
     isEnding_ = true;
-    if (child_)
+    if (child_) {
         child_->kill();
+        // Until then it could still write files.
+        isReadable(child_->descriptor(), timeToDie);
+    }
     std::error_code ignored;
     std::filesystem::remove_all(scratchFolder_, ignored);
 }
@@ -213,6 +227,14 @@ std::uint64_t EffectProcess::lateBlocks() const
     return slot_.lateBlocks();
 }
 
+void EffectProcess::hurry()
+{
+    requests_.hurry(Clock::now() + limits_.ending);
+    const Lock lock(mutex_);
+    ++hurries_;
+    phaseChanged_.notify_all();
+}
+
 bool EffectProcess::isUp() const
 {
     const Lock lock(mutex_);
@@ -263,8 +285,9 @@ void EffectProcess::ask(MessageKind kind, std::span<const std::byte> body, const
 std::optional<EffectProcess::Ticket> EffectProcess::beginWhenUp()
 {
     Lock lock(mutex_);
-    phaseChanged_.wait_for(lock, limits_.request,
-                           [this] { return phase_ != Phase::starting || isEnding_; });
+    phaseChanged_.wait_for(lock, limits_.request, [this, before = hurries_] {
+        return phase_ != Phase::starting || isEnding_ || hurries_ != before;
+    });
     if (phase_ != Phase::up || isEnding_)
         return std::nullopt;
     return Ticket{socket_, requests_.begin()};
@@ -279,7 +302,9 @@ Message EffectProcess::call(const Ticket &ticket, MessageKind kind, std::span<co
     Message answer;
     const Requests::Outcome outcome = requests_.wait(ticket.number, deadline, answer);
     if (outcome == Requests::Outcome::late)
-        blame(ticket.socket, "gave no answer for " + seconds(limits_.request));
+        blame(ticket.socket, Clock::now() < deadline
+                                 ? "gave no answer before its end"
+                                 : "gave no answer for " + seconds(limits_.request));
     if (outcome != Requests::Outcome::answered)
         throw EffectFault(fmt::format("The effect '{}' failed instead of answering.", name()));
     return answer;
@@ -308,7 +333,7 @@ void EffectProcess::supervise()
         takeMessages();
         if (child_ && isReadable(child_->descriptor(), milliseconds(0)))
             childHasDied();
-        checkForHang();
+        checkLink();
         if (takesRestart())
             startChild();
     }
@@ -358,8 +383,7 @@ void EffectProcess::startChild()
         sendOwn(MessageKind::instantiate, MessageWriter::message(instantiation()));
     } catch (const PlatformError &error) {
         // The system is out of something; the effect is not to blame.
-        const Lock lock(mutex_);
-        stayDown(lock, error.what());
+        startHasFailed(error.what());
     }
 }
 
@@ -419,6 +443,8 @@ void EffectProcess::takeMessages()
 
 void EffectProcess::takeMessage(Message message)
 {
+    if (message.descriptor)
+        throw ProtocolBreach("it sends file descriptors that nobody asked for");
     switch (message.kind) {
     case MessageKind::answer:
     case MessageKind::refusal:
@@ -447,11 +473,16 @@ void EffectProcess::takeStartAnswer(const Message &message)
         becomeUp();
         return;
     }
-    const std::string reason = checkedText(message.body);
+    startHasFailed(oneLine(checkedText(message.body)));
+}
+
+void EffectProcess::startHasFailed(const std::string &reason)
+{
     if (hasBeenUp_)
         printError(fmt::format("The effect '{}' cannot be started again: {}", name(), reason));
     const Lock lock(mutex_);
-    child_->kill();
+    if (child_)
+        child_->kill();
     stayDown(lock, reason);
 }
 
@@ -485,9 +516,11 @@ void EffectProcess::becomeUp()
     phaseChanged_.notify_all();
 }
 
-void EffectProcess::checkForHang()
+void EffectProcess::checkLink()
 {
     const Lock lock(mutex_);
+    if (const char *breach = slot_.breach())
+        fault(lock, breachText(ProtocolBreach(breach)));
     if (phase_ == Phase::starting && child_ && Clock::now() > startDeadline_)
         fault(lock, "was not there after " + seconds(limits_.instantiation));
     // Seen twice, since the host itself may have been stopped for a while.
@@ -575,6 +608,9 @@ void EffectProcess::endChild()
         child_->reap();
         printError(fmt::format("The effect '{}' did not end within {}; it was ended by force.",
                                name(), seconds(limits_.ending)));
+    } else if (!faultReason_.empty()) {
+        child_->reap();
+        printError(fmt::format("The effect '{}' {}.", name(), faultReason_));
     } else if (const std::string how = child_->reap(); how != "exit code 0") {
         printError(fmt::format("The effect '{}' failed at its end ({}).", name(), how));
     }
@@ -587,7 +623,7 @@ void EffectProcess::wakeSupervisor() const
 
 std::string EffectProcess::name() const
 {
-    return description_.name.empty() ? plugin_.uri : description_.name;
+    return oneLine(description_.name.empty() ? plugin_.uri : description_.name);
 }
 
 } // namespace platform::effect

@@ -103,6 +103,10 @@ public:
     /// there is no block to be had.
     REALTIME bool render(const Block &block) noexcept { return slot_.render(block); }
 
+    /// Whoever waits for an answer waits half a second more at most; an effect that
+    /// does not give it counts as hung. For an end that is not to wait for it.
+    void hurry();
+
     /// Whether the effect is there and answers.
     bool isUp() const;
     /// Starts an effect again that is left down.
@@ -150,7 +154,7 @@ private:
     void takeStartAnswer(const Message &message);
     void takeDescription(Description description);
     void becomeUp();
-    void checkForHang();
+    void checkLink();
     void childHasDied();
     std::string takeDeath(const Lock &lock);
     std::string afterFault();
@@ -161,6 +165,7 @@ private:
     std::string name() const;
     void fault(const Lock &lock, const std::string &what);
     void stayDown(const Lock &lock, const std::string &reason);
+    void startHasFailed(const std::string &reason);
     void wakeSupervisor() const;
 
     const std::string executable_;
@@ -179,6 +184,7 @@ private:
     Phase phase_ = Phase::starting;
     bool isEnding_ = false;
     bool restartIsWanted_ = false;
+    std::uint64_t hurries_ = 0; // counts the calls
     std::string downReason_;
     FaultRecord faults_;
     // Says what the fault was where the process did not end of itself.

@@ -18,6 +18,10 @@ namespace
 // The host reads at once, or is gone.
 constexpr std::chrono::seconds patience{60};
 
+// Where a plug-in closes what is not its own on another thread, a wait for it that
+// is under way does not end.
+constexpr std::chrono::milliseconds lookAtSocket{500};
+
 // How often what the plug-in said on its audio thread is written out.
 constexpr std::chrono::milliseconds logInterval{20};
 
@@ -31,7 +35,8 @@ bool EffectServer::run()
 {
     while (!isEnding_) {
         pollfd wait{socket_.descriptor(), POLLIN, 0};
-        ::poll(&wait, 1, -1);
+        if (::poll(&wait, 1, static_cast<int>(lookAtSocket.count())) == 0)
+            continue;
         if (!socket_.receive())
             return false;
         for (auto &requests = socket_.received(); !requests.empty() && !isEnding_;) {

@@ -5,19 +5,9 @@
 #include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <algorithm>
-#include <cmath>
-#include <span>
 
 namespace platform::effect
 {
-
-namespace
-{
-
-// A reported delay beyond this is a mistake: a minute and a half at 48 kHz.
-constexpr float longestLatency = 1U << 22U;
-
-} // namespace
 
 HostEnd::HostEnd(const LinkShape &shape, MidiTraffic &midi)
     : memory_(shape), midi_(midi), inputEvents_(LinkMemory::eventCapacity),
@@ -27,7 +17,7 @@ HostEnd::HostEnd(const LinkShape &shape, MidiTraffic &midi)
 
 bool HostEnd::render(const Block &block, Clock::time_point deadline) noexcept
 {
-    if (block.frames > memory_.shape().maximumFrames)
+    if (block.frames > memory_.shape().maximumFrames || breach())
         return false;
     // The effect must be done with the last block before it gets another.
     if (!awaitAnswer(deadline)) {
@@ -92,6 +82,8 @@ void HostEnd::post(const Block &block) noexcept
     header.priority.store(foundation::threadPriority(), std::memory_order_relaxed);
 
     isTaken_ = false;
+    postedTime_ = block.sampleTime;
+    postedFrames_ = block.frames;
     const std::uint32_t next = sequence_.load(std::memory_order_relaxed) + 1;
     sequence_.store(next, std::memory_order_relaxed);
     postedAt_.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
@@ -116,29 +108,49 @@ bool HostEnd::takeAnswer() noexcept
 {
     isTaken_ = true;
     const LinkHeader &header = memory_.header();
-    takeEvents(header.outputEventBytes);
-    midi_.output.countLost(header.lostEvents);
-    takeLatency(header.latency);
-    return header.isRendered == 1;
+    takeEvents(header.outputEventBytes.load(std::memory_order_relaxed));
+    midi_.output.countLost(header.lostEvents.load(std::memory_order_relaxed));
+    takeLatency(header.latency.load(std::memory_order_relaxed));
+    const std::uint32_t isRendered = header.isRendered.load(std::memory_order_relaxed);
+    if (isRendered > 1)
+        note("a block is neither rendered nor not");
+    return isRendered == 1 && !breach();
 }
 
 void HostEnd::takeEvents(std::uint32_t bytes) noexcept
 {
-    const std::size_t count = std::min<std::size_t>(bytes, LinkMemory::eventCapacity);
-    if (count == 0)
-        return;
-    std::copy_n(memory_.outputEvents().begin(), count, outputEvents_.begin());
-    std::span<const std::byte> events(outputEvents_.data(), count);
+    if (bytes > LinkMemory::eventCapacity)
+        return note("its MIDI is longer than its room");
+    std::copy_n(memory_.outputEvents().begin(), bytes, outputEvents_.begin());
+    std::span<const std::byte> events(outputEvents_.data(), bytes);
+    while (!events.empty())
+        if (!takeEvent(events))
+            return note("its MIDI is not in order");
+}
+
+bool HostEnd::takeEvent(std::span<const std::byte> &events) noexcept
+{
     LinkEvent event;
-    while (readLinkEvent(events, event))
-        if (!event.bytes.empty() && event.output < memory_.shape().midiOutputs)
-            midi_.output.push({event.time, static_cast<std::uint8_t>(event.output), event.bytes});
+    if (!readLinkEvent(events, event) || event.bytes.empty() ||
+        event.output >= memory_.shape().midiOutputs || event.time < postedTime_ ||
+        event.time - postedTime_ >= postedFrames_)
+        return false;
+    midi_.output.push({event.time, static_cast<std::uint8_t>(event.output), event.bytes});
+    return true;
 }
 
 void HostEnd::takeLatency(float latency) noexcept
 {
-    latency_.store(std::isfinite(latency) ? std::clamp(latency, 0.0F, longestLatency) : 0.0F,
-                   std::memory_order_relaxed);
+    // Written so that what is no number does not pass.
+    if (latency >= 0.0F && latency <= longestLatency)
+        latency_.store(latency, std::memory_order_relaxed);
+    else
+        note("its delay is impossible");
+}
+
+void HostEnd::note(const char *breach) noexcept
+{
+    breach_.store(breach, std::memory_order_relaxed);
 }
 
 void HostEnd::abandon() noexcept

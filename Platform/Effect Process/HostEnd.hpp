@@ -10,7 +10,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace platform::effect
@@ -56,6 +58,10 @@ public:
     /// `render`.
     void noteLatency() noexcept { takeLatency(memory_.header().latency); }
 
+    /// What of the effect's was not as agreed; null while all was. From then on
+    /// nothing is rendered. Any thread.
+    const char *breach() const noexcept { return breach_.load(std::memory_order_relaxed); }
+
     /// From now on nothing is waited for. Any thread.
     void abandon() noexcept;
 
@@ -75,6 +81,8 @@ private:
     REALTIME std::uint32_t writeEvents(std::uint32_t frames) noexcept;
     REALTIME bool takeAnswer() noexcept;
     REALTIME void takeEvents(std::uint32_t bytes) noexcept;
+    REALTIME bool takeEvent(std::span<const std::byte> &events) noexcept;
+    REALTIME void note(const char *breach) noexcept;
     REALTIME void takeLatency(float latency) noexcept;
 
     LinkMemory memory_;
@@ -86,10 +94,13 @@ private:
 
     std::atomic<std::uint32_t> sequence_{0}; // of the block that was asked for last
     bool isTaken_ = true;                    // its answer has been
+    std::int64_t postedTime_ = 0;            // of the block that was asked for last
+    std::uint32_t postedFrames_ = 0;
     std::atomic<Clock::rep> postedAt_{0};
     std::atomic<bool> abandoned_{false};
     std::atomic<std::uint64_t> late_{0};
     std::atomic<float> latency_{0.0F};
+    std::atomic<const char *> breach_{nullptr};
 };
 
 } // namespace platform::effect

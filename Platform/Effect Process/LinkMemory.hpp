@@ -35,11 +35,15 @@ struct LinkHeader {
     // Written by the effect.
     alignas(64) std::atomic<std::uint32_t> answer; // the last block that is done
     std::atomic<std::uint32_t> effectSleeps;       // on `request`
-    std::uint32_t isRendered;
-    std::uint32_t outputEventBytes;
-    std::uint32_t lostEvents;
-    float latency; // frames
+    // Each is read once: it could be another the next time.
+    std::atomic<std::uint32_t> isRendered; // 0 or 1
+    std::atomic<std::uint32_t> outputEventBytes;
+    std::atomic<std::uint32_t> lostEvents;
+    std::atomic<float> latency; // frames, from 0 to `longestLatency`
 };
+
+/// A delay beyond this is a mistake: a minute and a half at 48 kHz, in frames.
+inline constexpr float longestLatency = 1U << 22U;
 
 /// Memory that the host and one effect share: a header, MIDI both ways, and one
 /// buffer a channel. It cannot be resized, so neither side can take it from under

@@ -37,6 +37,8 @@ public:
     bool isEmpty() const { return !link_; }
     /// For how long the effect has owed a block.
     std::chrono::nanoseconds overdue() const;
+    /// As `HostEnd::breach`.
+    const char *breach() const { return link_ ? link_->breach() : nullptr; }
     /// Frames; 0 without a link.
     double latency() const;
     /// How many blocks came too late, over all links.

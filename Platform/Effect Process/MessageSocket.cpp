@@ -19,6 +19,7 @@ namespace
 {
 
 constexpr std::size_t readSize = 65536;
+constexpr int mostReads = 64;
 
 // One descriptor comes with a message, but several messages with one read.
 constexpr std::size_t mostDescriptors = 8;
@@ -99,7 +100,8 @@ void MessageSocket::shutDown() noexcept
 
 bool MessageSocket::receive()
 {
-    for (;;) {
+    // Not all there is: somebody might go on sending for ever.
+    for (int reads = 0; reads < mostReads; ++reads) {
         const std::size_t before = incoming_.size();
         incoming_.resize(before + readSize);
         iovec vector{incoming_.data() + before, readSize};
@@ -121,6 +123,7 @@ bool MessageSocket::receive()
             return true;
         }
     }
+    return true;
 }
 
 void MessageSocket::keepDescriptors(const msghdr &header)
@@ -138,7 +141,7 @@ void MessageSocket::keepDescriptors(const msghdr &header)
         }
     }
     // Nobody sends more than the messages say, unless to run us out of them.
-    if (descriptors_.size() > mostDescriptors)
+    if (descriptors_.size() > mostDescriptors || (header.msg_flags & MSG_CTRUNC) != 0)
         throw ProtocolBreach("it sends file descriptors that nobody asked for");
 }
 
@@ -165,6 +168,9 @@ void MessageSocket::takeApart()
         used += sizeof head + head.size;
     }
     incoming_.erase(incoming_.begin(), incoming_.begin() + static_cast<std::ptrdiff_t>(used));
+    // One comes with the first byte of its message.
+    if (incoming_.empty() && !descriptors_.empty())
+        throw ProtocolBreach("it sends file descriptors that nobody asked for");
 }
 
 } // namespace platform::effect

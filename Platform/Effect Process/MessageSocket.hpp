@@ -54,8 +54,9 @@ public:
     /// Ends both directions: who sends or waits at either end hears of it. Any thread.
     void shutDown() noexcept;
 
-    /// Takes in what has come, without waiting. Answers false when no more will come.
-    /// Throws a `ProtocolBreach` for a message that is too long. One thread.
+    /// Takes in some of what has come, without waiting. Answers false when no more will
+    /// come. Throws a `ProtocolBreach` for a message that is too long, and for file
+    /// descriptors that no message speaks of. One thread.
     bool receive();
     /// The next whole message of what was taken in. The same thread.
     std::deque<Message> &received() { return received_; }

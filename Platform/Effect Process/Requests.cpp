@@ -1,5 +1,6 @@
 #include "Platform/Effect Process/Requests.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace platform::effect
@@ -16,7 +17,11 @@ Requests::Outcome Requests::wait(std::uint64_t number, Clock::time_point deadlin
 {
     std::unique_lock lock(mutex_);
     Pending &mine = pending_[number];
-    changed_.wait_until(lock, deadline, [&] { return mine.answer || mine.isLost; });
+    mine.deadline = std::min(mine.deadline, deadline);
+    // Copied, since it may be changed during the wait, which then begins anew.
+    for (auto until = mine.deadline; !mine.answer && !mine.isLost && Clock::now() < mine.deadline;
+         until = mine.deadline)
+        changed_.wait_until(lock, until);
     Outcome outcome = Outcome::late;
     if (mine.answer) {
         answer = std::move(*mine.answer);
@@ -26,6 +31,14 @@ Requests::Outcome Requests::wait(std::uint64_t number, Clock::time_point deadlin
     }
     pending_.erase(number);
     return outcome;
+}
+
+void Requests::hurry(Clock::time_point deadline)
+{
+    const std::lock_guard lock(mutex_);
+    for (auto &[number, pending] : pending_)
+        pending.deadline = std::min(pending.deadline, deadline);
+    changed_.notify_all();
 }
 
 bool Requests::fulfil(Message answer)

@@ -25,6 +25,9 @@ public:
     /// Waits for the answer of `number` until `deadline`, and forgets the request.
     Outcome wait(std::uint64_t number, Clock::time_point deadline, Message &answer);
 
+    /// Nobody who waits now waits beyond `deadline`.
+    void hurry(Clock::time_point deadline);
+
     /// Hands an answer to who waits for it. Answers false when nobody does.
     bool fulfil(Message answer);
 
@@ -35,6 +38,7 @@ private:
     struct Pending {
         std::optional<Message> answer;
         bool isLost = false;
+        Clock::time_point deadline = Clock::time_point::max();
     };
 
     std::mutex mutex_;

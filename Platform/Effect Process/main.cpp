@@ -10,7 +10,9 @@
 #include <fstream>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace
@@ -18,6 +20,13 @@ namespace
 
 using platform::effect::ChildProcess;
 using platform::effect::FileDescriptor;
+
+/// Whether the host went before the system knew that it takes us along.
+bool hostIsGone()
+{
+    pollfd look{ChildProcess::socketNumber, 0, 0};
+    return ::poll(&look, 1, 0) > 0 && (look.revents & POLLHUP) != 0;
+}
 
 /// Out of memory, the system is to end this process and not the host.
 void offerItselfFirst()
@@ -27,28 +36,33 @@ void offerItselfFirst()
 
 bool hasSocket()
 {
-    return ::fcntl(ChildProcess::socketNumber, F_SETFD, FD_CLOEXEC) == 0;
+    int type = 0;
+    socklen_t size = sizeof type;
+    return ::getsockopt(ChildProcess::socketNumber, SOL_SOCKET, SO_TYPE, &type, &size) == 0 &&
+           ::fcntl(ChildProcess::socketNumber, F_SETFD, FD_CLOEXEC) == 0;
 }
 
 } // namespace
 
 int main()
 {
-    // The host's thread that started us lives as long as we are wanted. Where this
-    // comes too late, the end of the connection tells the same.
+    // The host's thread that started us lives as long as we are wanted.
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (!hasSocket()) {
         printError("parvane-effect is started by parvane-host and does nothing by itself.");
         return 2;
     }
+    if (hostIsGone())
+        return 1;
     offerItselfFirst();
+    // Outside: a plug-in that failed, or whose host has gone, is not asked to end. It
+    // might not, and would stay for ever.
+    platform::effect::EffectServer server{FileDescriptor(ChildProcess::socketNumber)};
     bool wasAskedToEnd = false;
     try {
-        platform::effect::EffectServer server{FileDescriptor(ChildProcess::socketNumber)};
         wasAskedToEnd = server.run();
     } catch (const std::exception &error) {
         printError(std::string("parvane-effect: ") + error.what());
-        ::_exit(1);
     }
     // What libraries would still do at a regular end is no use to anybody.
     ::_exit(wasAskedToEnd ? 0 : 1);

@@ -315,6 +315,17 @@ TEST_F(PlayerTest, ReconnectingInAnotherFormatLosesNothingThatWasReadAhead)
     EXPECT_LT(off, 400U);
 }
 
+TEST_F(PlayerTest, ReconnectingInAnotherFormatNeedsNoFile)
+{
+    start(stereo);
+    for (const double rate : {44100.0, 96000.0, 48000.0})
+        engine.connect(player, engine.mainMixerNode(), std::make_shared<AVAudioFormat>(rate, 2));
+    player->play();
+    const Channels wave = test::noise(2, 1000);
+    player->scheduleFile(file(wave), {});
+    EXPECT_EQ(test::firstDifference(render(1000), wave), -1);
+}
+
 TEST_F(PlayerTest, AnEmptyFileCompletesAtTheRateOfBlocks)
 {
     start(stereo);

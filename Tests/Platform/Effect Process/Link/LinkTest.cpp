@@ -192,42 +192,64 @@ TEST_F(LyingEffect, IsHeardWhenItDoesNotLie)
 
 TEST_F(LyingEffect, HasAllItsEventsLookedAt)
 {
-    EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
-        // All bytes set: an event of four gigabytes, in a buffer said to be larger
-        // than it is.
+    EXPECT_FALSE(renderAnsweredBy([](const LinkMemory &memory) {
+        // All bytes set: an event of four gigabytes.
         for (std::byte &byte : memory.outputEvents())
             byte = std::byte{0xFF};
-        memory.header().outputEventBytes = 0xFFFFFFFF;
+        memory.header().outputEventBytes = LinkMemory::eventCapacity;
         memory.header().lostEvents = 0xFFFFFFFF;
     }));
+    EXPECT_STREQ(host_.breach(), "its MIDI is not in order");
     EXPECT_FALSE(midi_.output.pop());
     EXPECT_EQ(midi_.output.takeLostCount(), 0xFFFFFFFFU);
 }
 
+TEST_F(LyingEffect, HasNoRoomBeyondItsOwn)
+{
+    EXPECT_FALSE(renderAnsweredBy(
+        [](const LinkMemory &memory) { memory.header().outputEventBytes = 0xFFFFFFFF; }));
+    EXPECT_STREQ(host_.breach(), "its MIDI is longer than its room");
+}
+
 TEST_F(LyingEffect, HasNoOutputsBeyondItsOwn)
 {
-    EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
+    EXPECT_FALSE(renderAnsweredBy([](const LinkMemory &memory) {
         LinkEventWriter writer(memory.outputEvents());
         const std::array<std::uint8_t, 1> clock{0xF8};
-        writer.append({0, 1, clock});
+        writer.append({0, 0, clock});
         writer.append({0, 256, clock});
-        writer.append({0, 0, {}});
+        writer.append({0, 0, clock});
         memory.header().outputEventBytes = writer.size();
     }));
+    EXPECT_STREQ(host_.breach(), "its MIDI is not in order");
+    // What came before the lie was as agreed.
+    EXPECT_TRUE(midi_.output.pop());
     EXPECT_FALSE(midi_.output.pop());
+}
+
+TEST_F(LyingEffect, IsNotListenedToAnyMore)
+{
+    renderAnsweredBy([](const LinkMemory &memory) { memory.header().latency = -1.0F; });
+    EXPECT_STREQ(host_.breach(), "its delay is impossible");
+    EXPECT_FALSE(host_.render({nullptr, outputs_.data(), blockFrames, 0}, soon()));
 }
 
 TEST_F(LyingEffect, HasAPlausibleLatency)
 {
-    const auto latencyAfter = [this](float told) {
-        renderAnsweredBy([told](const LinkMemory &memory) { memory.header().latency = told; });
-        return host_.latency();
-    };
-    EXPECT_EQ(latencyAfter(64.0F), 64.0);
-    EXPECT_EQ(latencyAfter(NAN), 0.0);
-    EXPECT_EQ(latencyAfter(-1.0F), 0.0);
-    EXPECT_EQ(latencyAfter(INFINITY), 0.0);
-    EXPECT_EQ(latencyAfter(1e30F), 4194304.0);
+    for (const float possible : {0.0F, 64.0F, longestLatency}) {
+        HostEnd host(LinkShape{0, 1, blockFrames, 1}, midi_);
+        host.memory().header().latency = possible;
+        host.noteLatency();
+        EXPECT_EQ(host.latency(), possible);
+        EXPECT_EQ(host.breach(), nullptr);
+    }
+    for (const float impossible : {NAN, -1.0F, INFINITY, 2 * longestLatency}) {
+        HostEnd host(LinkShape{0, 1, blockFrames, 1}, midi_);
+        host.memory().header().latency = impossible;
+        host.noteLatency();
+        EXPECT_EQ(host.latency(), 0.0);
+        EXPECT_STREQ(host.breach(), "its delay is impossible");
+    }
 }
 
 TEST_F(LyingEffect, MayNotCallAnUnrenderedBlockRendered)

@@ -73,3 +73,30 @@ TEST(Requests, AreForgottenWhenTheyAreLate)
     EXPECT_EQ(requests.wait(number, in(std::chrono::milliseconds(5)), got), Outcome::late);
     EXPECT_FALSE(requests.fulfil(answer(number)));
 }
+
+TEST(Requests, AreHurriedWhetherTheyAreWaitedForOrNot)
+{
+    Requests requests;
+    Message got;
+    const std::uint64_t notYet = requests.begin();
+    requests.hurry(in(std::chrono::milliseconds(5)));
+    EXPECT_EQ(requests.wait(notYet, in(long_), got), Outcome::late);
+
+    const std::uint64_t waitedFor = requests.begin();
+    std::thread impatient([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        requests.hurry(in(std::chrono::milliseconds(5)));
+        // It is never put off again.
+        requests.hurry(in(2 * long_));
+    });
+    const auto begun = Requests::Clock::now();
+    EXPECT_EQ(requests.wait(waitedFor, in(long_), got), Outcome::late);
+    EXPECT_LT(Requests::Clock::now() - begun, long_);
+    impatient.join();
+
+    // What is asked later has its own time.
+    const std::uint64_t later = requests.begin();
+    std::thread effect([&] { EXPECT_TRUE(requests.fulfil(answer(later))); });
+    EXPECT_EQ(requests.wait(later, in(long_), got), Outcome::answered);
+    effect.join();
+}

@@ -1,0 +1,212 @@
+// The process of an effect has what is its own, and goes with its host.
+
+#include "SabotageFixture.hpp"
+
+#include "Platform/Effect Process/EffectProcess.hpp"
+
+#include <array>
+#include <csignal>
+#include <tuple>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using testing::AnyOf;
+using testing::EndsWith;
+using testing::StartsWith;
+
+namespace
+{
+
+using platform::effect::EffectProcess;
+
+/// A process that can be waited for, whoever its parent is.
+class Watched
+{
+public:
+    explicit Watched(pid_t process)
+        : process_(process), descriptor_(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)))
+    {
+    }
+    ~Watched() { ::close(descriptor_); }
+    Watched(const Watched &) = delete;
+    Watched &operator=(const Watched &) = delete;
+
+    bool isThere() const { return descriptor_ >= 0; }
+    bool endsWithin(std::chrono::milliseconds time) const
+    {
+        pollfd wait{descriptor_, POLLIN, 0};
+        return ::poll(&wait, 1, static_cast<int>(time.count())) == 1;
+    }
+    pid_t identifier() const { return process_; }
+
+private:
+    pid_t process_;
+    int descriptor_;
+};
+
+/// The program DyingHost in a process group of its own, as a shell starts it.
+class DyingHost
+{
+public:
+    DyingHost(std::string way, std::string plugin)
+    {
+        std::string program = DYING_HOST_PROGRAM;
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawnattr_t attributes;
+        ::posix_spawnattr_init(&attributes);
+        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+        std::array<char *, 4> arguments{program.data(), way.data(), plugin.data(), nullptr};
+        EXPECT_EQ(::posix_spawn(&process_, program.c_str(), &actions, &attributes, arguments.data(),
+                                environ),
+                  0);
+        ::posix_spawnattr_destroy(&attributes);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(ends[1]);
+        output_ = ends[0];
+    }
+    ~DyingHost()
+    {
+        ::close(output_);
+        if (process_ > 0)
+            wait();
+    }
+    DyingHost(const DyingHost &) = delete;
+    DyingHost &operator=(const DyingHost &) = delete;
+
+    pid_t identifier() const { return process_; }
+
+    /// What it prints: the number of its effect's process.
+    pid_t effect() const
+    {
+        std::string text;
+        for (char c = 0; ::read(output_, &c, 1) == 1 && c != '\n';)
+            text += c;
+        return text.empty() ? -1 : std::stoi(text);
+    }
+
+    /// Ends it, unless it has ended, and answers with its status.
+    int wait()
+    {
+        int status = 0;
+        ::waitpid(process_, &status, 0);
+        process_ = -1;
+        return status;
+    }
+
+private:
+    pid_t process_ = -1;
+    int output_ = -1;
+};
+
+// Way of the host's end, and plug-in.
+using Death = std::tuple<const char *, const char *>;
+
+class HostDeathTest : public SabotageFixture, public testing::WithParamInterface<Death>
+{
+};
+
+} // namespace
+
+TEST_P(HostDeathTest, TheEffectGoesWithItsHost)
+{
+    const auto &[way, plugin] = GetParam();
+    const ErrorLines errors; // what the dying say is not ours
+    sabotage.arm(1);
+    DyingHost host(way, plugin);
+    const Watched effect(host.effect());
+    ASSERT_TRUE(effect.isThere());
+    EXPECT_EQ(sabotage.faults().size(), std::string(plugin).ends_with("loop") ? 1U : 0U);
+    if (std::string(way) == "killed")
+        ::kill(host.identifier(), SIGKILL);
+    host.wait();
+    EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ends, HostDeathTest,
+    testing::Combine(testing::Values("killed", "quick_exit", "exit", "abort", "_exit"),
+                     // Idle in its main loop, in its audio thread for ever, and in both.
+                     testing::Values("urn:test:sabotage:never:none", "urn:test:sabotage:run1:loop",
+                                     "urn:test:sabotage:worker:loop")),
+    [](const testing::TestParamInfo<Death> &parameters) {
+        std::string plugin = std::get<1>(parameters.param);
+        plugin = plugin.substr(std::string("urn:test:sabotage:").size());
+        plugin.replace(plugin.find(':'), 1, "_");
+        return std::string(std::get<0>(parameters.param)) + "_" + plugin;
+    });
+
+using EffectIsolationTest = SabotageFixture;
+
+TEST_F(EffectIsolationTest, InterruptingTheHostFromTheKeyboardLeavesTheEffectAlone)
+{
+    DyingHost host("interrupt", uri("never", "none"));
+    const Watched effect(host.effect());
+    ASSERT_TRUE(effect.isThere());
+    // Ctrl+C goes to the whole group of the host's process.
+    ::kill(-host.identifier(), SIGINT);
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+}
+
+TEST_F(EffectIsolationTest, QuittingLeavesNoFilesOfTheEffect)
+{
+    DyingHost host("quick_exit_with_files", uri("never", "none"));
+    const Watched effect(host.effect());
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+    EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
+}
+
+TEST_F(EffectIsolationTest, TheEffectHasNoDescriptorButItsOwn)
+{
+    // What a host has open: this must not leak into the effect, close-on-exec or not.
+    const int file = ::open("/proc/self/status", O_RDONLY);
+    ASSERT_GE(file, 0);
+    {
+        const auto unit = SabotageFixture::unit("never", "none");
+        PlayingHost host(unit, test::constant(2, 4800, 0.25F));
+        ASSERT_TRUE(host.sounds());
+        const auto open = openDescriptors(unit->process().processIdentifier());
+        std::vector<std::string> links;
+        for (const auto &[number, target] : open) {
+            if (number == 0)
+                EXPECT_EQ(target, "/dev/null");
+            else if (number > 2)
+                links.push_back(target);
+        }
+        // The connection, and the memory that is shared.
+        EXPECT_THAT(links, testing::UnorderedElementsAre(StartsWith("socket:["),
+                                                         StartsWith("/memfd:parvane effect")));
+    }
+    ::close(file);
+}
+
+TEST_F(EffectIsolationTest, WhatThePluginPrintsIsNotOnTheHostsStandardOutput)
+{
+    const auto unit = SabotageFixture::unit("never", "none");
+    const std::string links =
+        "/proc/" + std::to_string(unit->process().processIdentifier()) + "/fd/";
+    EXPECT_EQ(std::filesystem::read_symlink(links + "1"),
+              std::filesystem::read_symlink(links + "2"));
+    EXPECT_EQ(std::filesystem::read_symlink(links + "2"),
+              std::filesystem::read_symlink("/proc/self/fd/2"));
+}
+
+TEST_F(EffectIsolationTest, TheProgramDoesNothingByItself)
+{
+    const ErrorLines errors;
+    for (const char *third : {" 3</dev/null", " 3<&-"}) {
+        const int status = std::system((std::string(EFFECT_PROGRAM) + third).c_str());
+        EXPECT_EQ(WEXITSTATUS(status), 2);
+    }
+    EXPECT_TRUE(errors.waitFor("parvane-effect is started by parvane-host", 1));
+}
