@@ -37,6 +37,35 @@ float outIn(Out out, In in, std::int64_t currentFrame, float sourceValue, float 
     return in(checkedSubtract(doubled, numFrames), sourceValue + half, half, numFrames);
 }
 
+/// `frames`, which have to fit a 64-bit integer: the Bounce curves pass frames on as
+/// integers. Sums and doubles of frames are whole already.
+float wholeFrames(float frames)
+{
+    static_cast<void>(checkedInteger<std::int64_t>(frames));
+    return frames;
+}
+
+float outBounce(float t, float d, float b, float c)
+{
+    const float u = t / d;
+    if (u < 0.36363637F)
+        return c * (7.5625F * u * u) + b;
+    const auto arc = [&](float k, float h) {
+        const float r = u - k;
+        return c * (7.5625F * r * r + h) + b;
+    };
+    if (u < 0.72727275F)
+        return arc(0.54545456F, 0.75F);
+    if (u < 0.90909094F)
+        return arc(0.8181818F, 0.9375F);
+    return arc(0.95454544F, 0.984375F);
+}
+
+float inBounce(float t, float d, float b, float c)
+{
+    return c - outBounce(wholeFrames(d - t), wholeFrames(d), 0, c) + b;
+}
+
 /// Ends `timer`, if there is one, and clears the property.
 void invalidate(std::shared_ptr<NSTimer> &timer)
 {
@@ -362,38 +391,23 @@ float Animator::easeOutInBack(std::int64_t currentFrame, float b, float c,
 
 float Animator::easeInBounce(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
+    const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
-    const float e = d - static_cast<float>(currentFrame);
-    const auto remaining = checkedInteger<std::int64_t>(e);
-    return c - easeOutBounce(remaining, 0, c, checkedInteger<std::int64_t>(d)) + b;
+    return inBounce(t, d, b, c);
 }
 
 float Animator::easeOutBounce(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
-    const float u = static_cast<float>(currentFrame) / static_cast<float>(numFrames);
-    if (u < 0.36363637F)
-        return c * (7.5625F * u * u) + b;
-    const auto arc = [&](float k, float h) {
-        const float r = u - k;
-        return c * (7.5625F * r * r + h) + b;
-    };
-    if (u < 0.72727275F)
-        return arc(0.54545456F, 0.75F);
-    if (u < 0.90909094F)
-        return arc(0.8181818F, 0.9375F);
-    return arc(0.95454544F, 0.984375F);
+    return outBounce(static_cast<float>(currentFrame), static_cast<float>(numFrames), b, c);
 }
 
 float Animator::easeInOutBounce(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
     const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
-    if (d / 2 > t) {
-        const auto doubled = checkedInteger<std::int64_t>(t * 2);
-        return easeInBounce(doubled, 0, c, checkedInteger<std::int64_t>(d)) * 0.5F + b;
-    }
-    const auto beyond = checkedInteger<std::int64_t>(t * 2 - d);
-    return easeOutBounce(beyond, 0, c, checkedInteger<std::int64_t>(d)) * 0.5F + c * 0.5F + b;
+    if (d / 2 > t)
+        return inBounce(wholeFrames(t * 2), wholeFrames(d), 0, c) * 0.5F + b;
+    return outBounce(wholeFrames(t * 2 - d), wholeFrames(d), 0, c) * 0.5F + c * 0.5F + b;
 }
 
 float Animator::easeOutInBounce(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
@@ -411,6 +425,12 @@ float Animator::evaluate(const Animator &animator, std::int64_t currentFrame, fl
         return (animator.*Curve)(currentFrame, sourceValue, amount, numFrames);
     else
         return Curve(currentFrame, sourceValue, amount, numFrames);
+}
+
+float Animator::missingAction(const Animator & /*animator*/, std::int64_t /*currentFrame*/,
+                              float /*sourceValue*/, float /*amount*/, std::int64_t /*numFrames*/)
+{
+    fatalError("Unexpectedly found nil while implicitly unwrapping an Optional value");
 }
 
 Animator::Action Animator::actionFor(EnumEasing type)
@@ -513,11 +533,10 @@ float Animator::getValue() const
 
 void Animator::animate()
 {
-    if (_frames < 0)
-        return;
+    // Steps are never negative, so there are none left when it is idle.
     if (_step < _frames)
         step();
-    else
+    else if (_frames >= 0)
         end();
 }
 
@@ -526,8 +545,6 @@ inline void Animator::step()
 {
     onAnimation(*this, _value);
     _step = checkedAdd<std::int64_t>(_step, 1);
-    if (!_action)
-        fatalError("Unexpectedly found nil while implicitly unwrapping an Optional value");
     _value = _action(*this, _step, _source, _amount, _frames);
 }
 

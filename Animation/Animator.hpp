@@ -206,6 +206,9 @@ private:
     template <auto Curve>
     static float evaluate(const Animator &animator, std::int64_t currentFrame, float sourceValue,
                           float amount, std::int64_t numFrames);
+    /// Stands for no action: one that needs no test before each step.
+    static float missingAction(const Animator &animator, std::int64_t currentFrame,
+                               float sourceValue, float amount, std::int64_t numFrames);
     static Action actionFor(EnumEasing type);
 
     void selectType(EnumEasing type);
@@ -227,7 +230,7 @@ private:
     /// Steps taken.
     std::int64_t _step = 0;
     float _interval = 0.005F;
-    Action _action;
+    Action _action = &missingAction;
     EnumEasing _type = EASING_easeNone;
 
 public:

@@ -14,7 +14,7 @@ struct Inspection {
     {
         return sequencer._maxFrames;
     }
-    static void clearAction(Animator &animator) { animator._action = nullptr; }
+    static void clearAction(Animator &animator) { animator._action = &Animator::missingAction; }
     static void setSteps(Animator &animator, std::int64_t steps) { animator._step = steps; }
     static void setFrame(AnimationSequencer &sequencer, std::int64_t frame)
     {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -22,51 +25,98 @@ public:
     requires(!std::same_as<Closure, Callback> && std::is_invocable_v<Closure &, Args...>)
         Callback(Closure closure)
     {
-        if (isSet(closure))
-            target_ = std::make_unique<Holder<Closure>>(std::move(closure)).release();
+        if (!isSet(closure))
+            return;
+        if constexpr (isSmall<Closure>)
+            std::memcpy(&word_, &closure, sizeof(Closure));
+        else
+            word_ = static_cast<Shared *>(
+                std::make_unique<Holder<Closure>>(std::move(closure)).release());
+        operations_ = &operationsOf<Closure>;
     }
 
-    Callback(const Callback &other) : target_(other.target_)
+    Callback(const Callback &other) : operations_(other.operations_), word_(other.word_)
     {
-        if (target_)
-            ++target_->holds;
+        if (isShared())
+            ++shared().holds;
     }
-    Callback(Callback &&other) noexcept : target_(std::exchange(other.target_, nullptr)) {}
+    Callback(Callback &&other) noexcept
+        : operations_(std::exchange(other.operations_, nullptr)), word_(other.word_)
+    {
+    }
     Callback &operator=(Callback other) noexcept
     {
-        std::swap(target_, other.target_);
+        std::swap(operations_, other.operations_);
+        std::swap(word_, other.word_);
         return *this;
     }
     ~Callback()
     {
-        if (target_ && --target_->holds == 0)
-            std::unique_ptr<Target>(target_).reset();
+        if (isShared())
+            shared().release();
     }
 
-    explicit operator bool() const { return target_ != nullptr; }
+    explicit operator bool() const { return operations_ != nullptr; }
 
     /// Calls the closure; does nothing when there is none.
     void operator()(Args... args) const
     {
-        if (const Callback running(*this); running)
-            running.target_->run(std::forward<Args>(args)...);
+        if (operations_)
+            operations_->run(word_, std::forward<Args>(args)...);
     }
 
 private:
-    /// A closure and the number of those that hold it. The count is a plain one:
-    /// an atomic one, as shared pointers have, costs more than a short closure.
-    struct Target {
-        virtual ~Target() = default;
-        virtual void run(Args... args) = 0;
+    /// Whether a closure of this type is kept in the callback itself. It is run as a
+    /// copy, so it must be one that does not change.
+    template <typename Closure>
+    static constexpr bool isSmall =
+        sizeof(Closure) <= sizeof(void *) &&
+        std::is_trivially_copyable_v<Closure> &&std::is_invocable_v<const Closure &, Args...>;
+
+    /// A closure elsewhere, with the number of those that hold it. The count is a
+    /// plain one: an atomic one, as shared pointers have, costs more than a short
+    /// closure does.
+    struct Shared {
+        virtual ~Shared() = default;
+        void release()
+        {
+            if (--holds == 0)
+                std::unique_ptr<Shared>(this).reset();
+        }
         std::size_t holds = 1;
+    };
+    template <typename Closure>
+    struct Holder final : Shared {
+        explicit Holder(Closure &&given) : closure(std::move(given)) {}
+        Closure closure;
+    };
+
+    struct Operations {
+        void (*run)(void *word, Args... args);
+        bool isShared;
     };
 
     template <typename Closure>
-    struct Holder final : Target {
-        explicit Holder(Closure &&given) : closure(std::move(given)) {}
-        void run(Args... args) override { std::invoke(closure, std::forward<Args>(args)...); }
-        Closure closure;
+    static void run(void *word, Args... args)
+    {
+        if constexpr (isSmall<Closure>) {
+            alignas(void *) std::array<std::byte, sizeof(void *)> bytes;
+            std::memcpy(bytes.data(), &word, bytes.size());
+            std::invoke(*std::launder(reinterpret_cast<const Closure *>(bytes.data())),
+                        std::forward<Args>(args)...);
+        } else {
+            auto &holder = static_cast<Holder<Closure> &>(*static_cast<Shared *>(word));
+            ++holder.holds;
+            const std::unique_ptr<Shared, Release> running(&holder);
+            std::invoke(holder.closure, std::forward<Args>(args)...);
+        }
+    }
+    struct Release {
+        void operator()(Shared *shared) const { shared->release(); }
     };
+
+    template <typename Closure>
+    static constexpr Operations operationsOf{&run<Closure>, !isSmall<Closure>};
 
     template <typename Closure>
     static bool isSet(const Closure & /*closure*/)
@@ -84,5 +134,10 @@ private:
         return function != nullptr;
     }
 
-    Target *target_ = nullptr;
+    bool isShared() const { return operations_ && operations_->isShared; }
+    Shared &shared() const { return *static_cast<Shared *>(word_); }
+
+    const Operations *operations_ = nullptr;
+    /// A small closure, or the address of a `Shared`.
+    void *word_ = nullptr;
 };

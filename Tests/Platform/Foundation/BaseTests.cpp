@@ -66,7 +66,6 @@ TEST(Callback, SharesTheClosureWithItsCopies)
     second();
     third();
     EXPECT_EQ(*kept, 2);
-    third = third;
     third = nullptr;
     EXPECT_EQ(kept.use_count(), 2);
     second = nullptr;
