@@ -41,7 +41,9 @@ float outIn(Out out, In in, std::int64_t currentFrame, float sourceValue, float 
 /// integers. Sums and doubles of frames are whole already.
 float wholeFrames(float frames)
 {
-    static_cast<void>(checkedInteger<std::int64_t>(frames));
+    constexpr float end = 0x1p63F;
+    if (!(fabsf(frames) < end))
+        static_cast<void>(checkedInteger<std::int64_t>(frames));
     return frames;
 }
 
@@ -61,9 +63,10 @@ float outBounce(float t, float d, float b, float c)
     return arc(0.95454544F, 0.984375F);
 }
 
+/// `d` has to be whole frames.
 float inBounce(float t, float d, float b, float c)
 {
-    return c - outBounce(wholeFrames(d - t), wholeFrames(d), 0, c) + b;
+    return c - outBounce(wholeFrames(d - t), d, 0, c) + b;
 }
 
 /// Ends `timer`, if there is one, and clears the property.
@@ -393,7 +396,7 @@ float Animator::easeInBounce(std::int64_t currentFrame, float b, float c, std::i
 {
     const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
-    return inBounce(t, d, b, c);
+    return inBounce(t, wholeFrames(d), b, c);
 }
 
 float Animator::easeOutBounce(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
