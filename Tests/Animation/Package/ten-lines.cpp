@@ -4,10 +4,9 @@
 
 int main()
 {
-    GMainLoop *const loop = g_main_loop_new(nullptr, FALSE);
     const auto animator = Animator::create(0, 100, 4, 0.01F, EASING_easeInOutQuad);
     animator->onAnimation = [](Animator &, float value) { std::printf("%g\n", value); };
-    animator->onFinished = [loop](Animator &, float) { g_main_loop_quit(loop); };
     animator->start();
-    g_main_loop_run(loop);
+    while (!animator->isFinished())
+        g_main_context_iteration(nullptr, TRUE);
 }
