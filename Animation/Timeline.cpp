@@ -18,8 +18,8 @@ void Timeline::place(const std::shared_ptr<Animator> &animator, std::int64_t sta
 {
     Placement &placement = animator->_placement;
     if (placement.entries > 0 && animator->_startFrame != startFrame) {
-        ++startChanges_;
-        ++endChanges_;
+        ++startChanges;
+        ++endChanges;
     }
     animator->_startFrame = startFrame;
     if (!isInOrder())
@@ -87,13 +87,13 @@ std::int64_t Timeline::latestEnd(std::int64_t known)
     const auto look = [&known](const Animator &animator) {
         known = std::max(known, checkedAdd(animator._startFrame, animator._frames));
     };
-    if (lookedAt_ == endChanges_) {
+    if (lookedAt_ == endChanges) {
         for (const Animator *const animator : changed_)
             look(*animator);
     } else {
         for (const Entry &entry : entries_)
             look(*entry.animator);
-        lookedAt_ = endChanges_;
+        lookedAt_ = endChanges;
     }
     forgetChanges();
     return known;
@@ -103,7 +103,7 @@ void Timeline::noteFrames(Animator &animator)
 {
     Placement &placement = animator._placement;
     if (placement.onSeveral) {
-        ++endChanges_;
+        ++endChanges;
     } else if (!placement.noted) {
         placement.noted = true;
         placement.timeline->changed_.push_back(&animator);
@@ -129,7 +129,7 @@ void Timeline::takeStartFrames()
     for (Entry &entry : entries_)
         entry.startFrame = entry.animator->_startFrame;
     sorted_ = 0;
-    sortedAt_ = startChanges_;
+    sortedAt_ = startChanges;
 }
 
 void Timeline::sort()

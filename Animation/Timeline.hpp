@@ -53,7 +53,7 @@ public:
     std::vector<std::shared_ptr<Animator>> items();
 
     /// Whether the start frames, as they are now, ascend.
-    bool isInOrder() const { return sortedAt_ == startChanges_; }
+    bool isInOrder() const { return sortedAt_ == startChanges; }
 
     /// The greatest of `known`, the answer to the last such question, and the ends
     /// (start frame and number of steps) of all animators. An end that overflows is
@@ -78,17 +78,17 @@ private:
     void forgetChanges();
 
     /// Counts the new start frames of animators that had entries.
-    inline static std::uint64_t startChanges_ = 0;
+    inline static std::uint64_t startChanges = 0;
     /// Counts the new ends of animators whose timeline is not known.
-    inline static std::uint64_t endChanges_ = 0;
+    inline static std::uint64_t endChanges = 0;
 
     std::vector<Entry> entries_;
     /// So many entries from the beginning are sorted.
     std::size_t sorted_ = 0;
-    std::uint64_t sortedAt_ = startChanges_;
+    std::uint64_t sortedAt_ = startChanges;
     /// Animators whose end may have changed since the last `latestEnd`.
     std::vector<Animator *> changed_;
-    std::uint64_t lookedAt_ = endChanges_;
+    std::uint64_t lookedAt_ = endChanges;
 };
 
 } // namespace animation

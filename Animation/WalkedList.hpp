@@ -143,13 +143,13 @@ private:
             list_ = nullptr;
         }
 
-        inline static std::uint64_t walks_ = 0;
+        inline static std::uint64_t walkCount = 0;
 
         WalkedList *list_;
         std::vector<Pointer> rest_;
         std::size_t next_ = 0;
         std::size_t end_ = 0;
-        std::uint64_t number_ = ++walks_;
+        std::uint64_t number_ = ++walkCount;
     };
 
     void detachWalk()
