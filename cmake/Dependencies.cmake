@@ -4,6 +4,7 @@ find_package(PkgConfig REQUIRED)
 find_package(fmt REQUIRED)
 find_package(Boost 1.74 REQUIRED)
 
+pkg_check_modules(GLIB_CORE REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0 gio-2.0)
 pkg_check_modules(LILV REQUIRED IMPORTED_TARGET lilv-0)
 pkg_check_modules(LV2 REQUIRED IMPORTED_TARGET lv2)

@@ -10,8 +10,6 @@
 #include <exception>
 #include <mutex>
 
-#include <unistd.h>
-
 namespace
 {
 
@@ -106,14 +104,3 @@ const std::string &DispatchQueue::label() const
 {
     return implementation_->label();
 }
-
-namespace platform::foundation
-{
-
-bool isMainThread()
-{
-    thread_local const bool isMain = gettid() == getpid();
-    return isMain;
-}
-
-} // namespace platform::foundation

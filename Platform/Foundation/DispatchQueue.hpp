@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Foundation/MainThread.hpp"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -48,8 +50,5 @@ namespace platform::foundation
 /// rendering uses it to let what a rendered block set off settle before the next.
 /// Not to be called on a serial queue.
 void waitUntilSerialQueuesAreIdle();
-
-/// True on the thread that runs the main queue.
-bool isMainThread();
 
 } // namespace platform::foundation

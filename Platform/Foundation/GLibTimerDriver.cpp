@@ -1,8 +1,8 @@
 #include "Platform/Foundation/GLibTimerDriver.hpp"
 
-#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/MainSources.hpp"
+#include "Platform/Foundation/MainThread.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -205,7 +205,7 @@ std::unique_ptr<TimerDriver::Schedule> GLibTimerDriver::schedule(double interval
 
 } // namespace platform::foundation
 
-/// Linked into every program that links `foundation`, whether or not it names
+/// Linked into every program that links `glib_timer_driver`, whether or not it names
 /// this: its build asks for the symbol.
 extern "C" {
 extern const bool parvaneTimerDriverIsProvided;

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/MainSources.hpp"
+#include "Platform/Foundation/MainThread.hpp"
 
 #include <algorithm>
 #include <chrono>

@@ -3,8 +3,8 @@
 #include <functional>
 #include <memory>
 
-/// What timers run on. A program that links `foundation` gets the one of the GLib
-/// main loop; others, and tests, install their own. Main thread.
+/// What timers run on. A program that links `glib_timer_driver` gets the one of the
+/// GLib main loop; others, and tests, install their own. Main thread.
 class TimerDriver
 {
 public:

@@ -18,8 +18,10 @@
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -51,6 +53,43 @@ TEST(Callback, IsTrueWhenSet)
     EXPECT_FALSE(callback);
     callback = static_cast<void (*)(int)>(nullptr);
     EXPECT_FALSE(callback);
+}
+
+TEST(Callback, SharesTheClosureWithItsCopies)
+{
+    const auto kept = std::make_shared<int>(0);
+    Callback<> first = [kept] { ++*kept; };
+    EXPECT_EQ(kept.use_count(), 2);
+    Callback<> second = first;
+    Callback<> third = std::move(first);
+    EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move): what a move leaves
+    second();
+    third();
+    EXPECT_EQ(*kept, 2);
+    third = nullptr;
+    EXPECT_EQ(kept.use_count(), 2);
+    second = nullptr;
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
+TEST(Callback, HoldsAClosureThatCannotBeCopied)
+{
+    int seen = 0;
+    const Callback<> callback = [&seen, value = std::make_unique<int>(4)] { seen = *value; };
+    callback();
+    EXPECT_EQ(seen, 4);
+}
+
+TEST(Callback, LetsGoOfAClosureThatThrows)
+{
+    const auto kept = std::make_shared<int>(0);
+    Callback<> callback;
+    callback = [&callback, kept] {
+        callback = nullptr;
+        throw std::runtime_error("a fault");
+    };
+    EXPECT_THROW(callback(), std::runtime_error);
+    EXPECT_EQ(kept.use_count(), 1);
 }
 
 TEST(Callback, CallsTheClosureWithItsArguments)
@@ -168,18 +207,26 @@ TEST_F(BaseDeathTest, OverflowIsFatal)
 
 TEST_F(BaseDeathTest, ANumberThatFitsNoIntegerIsFatal)
 {
+    const std::string intMax = "Fatal error: Double value cannot be converted to Int because the "
+                               "result would be greater than Int.max\n";
+    EXPECT_DEATH(checkedInteger<std::int64_t>(9223372036854775808.0), intMax);
+    const std::string intMin = "Fatal error: Double value cannot be converted to Int because the "
+                               "result would be less than Int.min\n";
+    EXPECT_DEATH(checkedInteger<std::int64_t>(-9223372036854777856.0), intMin);
+    EXPECT_DEATH(checkedInteger<std::int32_t>(2147483648.0F),
+                 "Float value cannot be converted to Int32 .* greater than Int32.max");
+    EXPECT_DEATH(checkedInteger<std::uint8_t>(-1.0), "to UInt8 .* less than UInt8.min");
+    EXPECT_DEATH(checkedInteger<std::uint64_t>(18446744073709551616.0), "to UInt .* UInt.max");
+    const std::string none =
+        " value cannot be converted to Int because it is either infinite or NaN\n";
+    EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<double>::quiet_NaN()),
+                 "Fatal error: Double" + none);
+    EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<float>::infinity()),
+                 "Fatal error: Float" + none);
     const std::string range = "Fatal error: A number is beyond the range of the integer";
-    EXPECT_DEATH(checkedInteger<std::int64_t>(9223372036854775808.0), range);
-    EXPECT_DEATH(checkedInteger<std::int64_t>(-9223372036854777856.0), range);
-    EXPECT_DEATH(checkedInteger<std::int32_t>(2147483648.0F), range);
-    EXPECT_DEATH(checkedInteger<std::uint8_t>(-1.0), range);
-    EXPECT_DEATH(checkedInteger<std::uint64_t>(18446744073709551616.0), range);
     EXPECT_DEATH(checkedInteger<std::uint32_t>(std::size_t{4'294'967'296}), range);
     EXPECT_DEATH(checkedInteger<std::int64_t>(UINT64_MAX), range);
     EXPECT_DEATH(checkedInteger<std::uint8_t>(-1), range);
-    const std::string none = "Fatal error: A number that is infinite or none";
-    EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<double>::quiet_NaN()), none);
-    EXPECT_DEATH(checkedInteger<std::int64_t>(std::numeric_limits<float>::infinity()), none);
 }
 
 struct Location {

@@ -14,6 +14,16 @@
 class HandDrivenTimers final : public TimerDriver
 {
 public:
+    HandDrivenTimers() = default;
+    /// Timers that are still valid, and what they keep alive, end with their clock.
+    ~HandDrivenTimers() override
+    {
+        for (const auto &timer : std::exchange(*timers_, {}))
+            timer->tick = nullptr;
+    }
+    HandDrivenTimers(const HandDrivenTimers &) = delete;
+    HandDrivenTimers &operator=(const HandDrivenTimers &) = delete;
+
     std::unique_ptr<Schedule> schedule(double interval, std::function<void()> tick) override
     {
         auto timer = std::make_shared<Timer>();

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Animation/Animator.hpp"
+
+namespace animation
+{
+
+/// Reads, and for tests of faults writes, what the kit's classes keep to themselves.
+/// For the kit's own gallery and tests; it is not installed.
+struct Inspection {
+    static float value(const Impulse &impulse) { return impulse._value; }
+    static std::int64_t steps(const Impulse &impulse) { return impulse._step; }
+    static std::int64_t latestEnd(const AnimationSequencer &sequencer)
+    {
+        return sequencer._maxFrames;
+    }
+    static void clearAction(Animator &animator) { animator._action = &Animator::missingAction; }
+    static void setSteps(Animator &animator, std::int64_t steps) { animator._step = steps; }
+    static void setFrame(AnimationSequencer &sequencer, std::int64_t frame)
+    {
+        sequencer._currentFrame = frame;
+    }
+    static float curve(const Animator &animator, std::int64_t currentFrame, float sourceValue,
+                       float amount, std::int64_t numFrames)
+    {
+        return animator._action(animator, currentFrame, sourceValue, amount, numFrames);
+    }
+};
+
+} // namespace animation

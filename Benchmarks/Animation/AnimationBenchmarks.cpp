@@ -1,0 +1,270 @@
+// One step of the kit beside its peers on the same work, and what stack and sequencer
+// add to it. Times are those of a whole pass over all objects.
+#include "Animation/Animator.hpp"
+#include "Benchmarks/Animation/PlainCurves.hpp"
+
+#include <benchmark/benchmark.h>
+
+#include <QEasingCurve>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr std::int64_t frames = 1000;
+constexpr float source = 10;
+constexpr float destination = 250;
+
+/// The families in the order in which kit and Qt number them, four curves each.
+struct Family {
+    const char *name;
+    std::array<plain::Curve, 4> curves;
+};
+
+template <plain::Curve In>
+constexpr Family family(const char *name)
+{
+    return {name, {In, plain::out<In>, plain::inOut<In>, plain::outIn<In>}};
+}
+
+constexpr std::array families{
+    family<plain::power<2>>("Quad"),  family<plain::power<3>>("Cubic"),
+    family<plain::power<4>>("Quart"), family<plain::power<5>>("Quint"),
+    family<plain::sine>("Sine"),      family<plain::expo>("Expo"),
+    family<plain::circ>("Circ"),      family<plain::elastic>("Elastic"),
+    family<plain::back>("Back"),      family<plain::bounce>("Bounce"),
+};
+
+/// Animators on the same curve that never end, each with a callback that takes its
+/// value to where it is wanted.
+class Animators
+{
+public:
+    Animators(std::int64_t count, EnumEasing type) : values_(static_cast<std::size_t>(count))
+    {
+        for (float &value : values_) {
+            all.push_back(Animator::create(source, destination, frames, 0.005F, type));
+            all.back()->looped = true;
+            all.back()->onAnimation = [&value](Animator &, float now) { value = now; };
+        }
+    }
+    ~Animators() { benchmark::DoNotOptimize(values_.data()); }
+    Animators(const Animators &) = delete;
+    Animators &operator=(const Animators &) = delete;
+
+    std::vector<std::shared_ptr<Animator>> all;
+
+private:
+    std::vector<float> values_;
+};
+
+void stepAnimators(benchmark::State &state, EnumEasing type)
+{
+    const Animators animators(state.range(0), type);
+    for (auto _ : state) {
+        for (const auto &animator : animators.all)
+            animator->animate();
+    }
+}
+
+/// Moves a value along a curve that is called by its address, and no more.
+struct Run {
+    plain::Curve curve;
+    float start = source;
+    float amount = destination - source;
+    float length = frames;
+    float step = 0;
+    float value = source;
+
+    void animate()
+    {
+        value = start + amount * curve(step / length);
+        if (++step > length)
+            step = 0;
+    }
+};
+
+/// The same in as much memory as an animator takes with what shared pointers and
+/// allocator add.
+struct LargeRun : Run {
+    std::array<std::byte, sizeof(Animator) + 2 * sizeof(void *) - sizeof(Run)> rest{};
+};
+
+template <typename Record>
+void stepRecords(benchmark::State &state, plain::Curve curve)
+{
+    std::vector<std::unique_ptr<Record>> records;
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+        records.push_back(std::make_unique<Record>());
+        records.back()->curve = curve;
+    }
+    for (auto _ : state) {
+        for (const auto &record : records) {
+            record->animate();
+            benchmark::DoNotOptimize(record->value);
+        }
+    }
+}
+
+struct QtRun {
+    explicit QtRun(QEasingCurve::Type type) : curve(type) {}
+
+    void animate()
+    {
+        value = start + amount * static_cast<float>(curve.valueForProgress(step / length));
+        if (++step > length)
+            step = 0;
+    }
+
+    QEasingCurve curve;
+    float start = source;
+    float amount = destination - source;
+    double length = frames;
+    double step = 0;
+    float value = source;
+};
+
+void stepQt(benchmark::State &state, QEasingCurve::Type type)
+{
+    std::vector<std::unique_ptr<QtRun>> runs;
+    for (std::int64_t i = 0; i < state.range(0); ++i)
+        runs.push_back(std::make_unique<QtRun>(type));
+    for (auto _ : state) {
+        for (const auto &run : runs) {
+            run->animate();
+            benchmark::DoNotOptimize(run->value);
+        }
+    }
+}
+
+void tickStack(benchmark::State &state)
+{
+    const Animators animators(state.range(0), EASING_easeInOutQuad);
+    AnimatorStack stack;
+    for (const auto &animator : animators.all)
+        stack.add(animator);
+    for (auto _ : state)
+        stack.animate();
+}
+
+/// A tick within which every animator finishes; `entries` of each in the stack.
+void finishStack(benchmark::State &state, int entries)
+{
+    std::vector<std::shared_ptr<Animator>> animators;
+    for (std::int64_t i = 0; i < state.range(0) / entries; ++i)
+        animators.push_back(std::make_shared<Animator>());
+    AnimatorStack stack;
+    for (auto _ : state) {
+        state.PauseTiming();
+        stack.reset();
+        for (const auto &animator : animators)
+            animator->setup(0, 1, 0);
+        for (int entry = 0; entry < entries; ++entry) {
+            for (const auto &animator : animators)
+                stack.add(animator);
+        }
+        state.ResumeTiming();
+        stack.animate();
+    }
+}
+
+constexpr std::int64_t timelineLength = 1'000'000;
+
+/// Animators of 100 frames, spread evenly over the timeline, in random order.
+std::vector<std::int64_t> placesInRandomOrder(std::int64_t count)
+{
+    std::mt19937 random(1);
+    std::uniform_int_distribution<std::int64_t> anywhere(1, timelineLength);
+    std::vector<std::int64_t> places;
+    for (std::int64_t i = 0; i < count; ++i)
+        places.push_back(anywhere(random));
+    return places;
+}
+
+/// From an empty timeline to the end of the first tick, which sorts.
+void placeOnTimeline(benchmark::State &state)
+{
+    const auto places = placesInRandomOrder(state.range(0));
+    std::vector<std::shared_ptr<Animator>> animators;
+    for (std::size_t i = 0; i < places.size(); ++i)
+        animators.push_back(Animator::create(source, destination, 100));
+    AnimationSequencer sequencer;
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < places.size(); ++i)
+            sequencer.add(animators[i], places[i]);
+        sequencer.animate();
+        state.PauseTiming();
+        sequencer.removeAll();
+        state.ResumeTiming();
+    }
+}
+
+/// A tick that steps ten animators while so many others wait for their start frames.
+void tickSequencer(benchmark::State &state)
+{
+    AnimationSequencer sequencer;
+    for (const std::int64_t place : placesInRandomOrder(state.range(0)))
+        sequencer.add(Animator::create(source, destination, 100), place);
+    for (int i = 0; i < 10; ++i) {
+        const auto running = Animator::create(source, destination, 100);
+        running->looped = true;
+        sequencer.add(running, 0);
+    }
+    sequencer.animate();
+    for (auto _ : state)
+        sequencer.animate();
+}
+
+void registerSteps(const std::string &name, EnumEasing type, plain::Curve curve,
+                   QEasingCurve::Type qt)
+{
+    const auto sizes = [](benchmark::internal::Benchmark *benchmark) {
+        benchmark->Arg(1)->Arg(1000)->Arg(100'000);
+    };
+    benchmark::RegisterBenchmark(("kit/" + name).c_str(), stepAnimators, type)->Apply(sizes);
+    benchmark::RegisterBenchmark(("pointer/" + name).c_str(), stepRecords<Run>, curve)
+        ->Arg(1)
+        ->Arg(1000);
+    benchmark::RegisterBenchmark(("large/" + name).c_str(), stepRecords<LargeRun>, curve)
+        ->Arg(100'000);
+    benchmark::RegisterBenchmark(("qt/" + name).c_str(), stepQt, qt)->Apply(sizes);
+}
+
+void registerAll()
+{
+    registerSteps("easeNone", EASING_easeNone, plain::linear, QEasingCurve::Linear);
+    const std::array ways{"easeIn", "easeOut", "easeInOut", "easeOutIn"};
+    int type = EASING_easeInQuad; // Qt's numbers are the same
+    for (const Family &family : families) {
+        for (std::size_t way = 0; way < ways.size(); ++way, ++type)
+            registerSteps(std::string(ways[way]) + family.name, static_cast<EnumEasing>(type),
+                          family.curves[way], static_cast<QEasingCurve::Type>(type));
+    }
+    const auto sizes = [](benchmark::internal::Benchmark *benchmark) {
+        benchmark->Arg(1000)->Arg(10'000)->Arg(100'000);
+    };
+    benchmark::RegisterBenchmark("stack/tick", tickStack)->Apply(sizes);
+    benchmark::RegisterBenchmark("stack/finish", finishStack, 1)->Apply(sizes);
+    benchmark::RegisterBenchmark("stack/finish-twice", finishStack, 2)->Apply(sizes);
+    benchmark::RegisterBenchmark("sequencer/place", placeOnTimeline)->Apply(sizes);
+    benchmark::RegisterBenchmark("sequencer/tick", tickSequencer)->Apply(sizes);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    benchmark::AddCustomContext("size of an animator", std::to_string(sizeof(Animator)));
+    benchmark::AddCustomContext("size of a large run", std::to_string(sizeof(LargeRun)));
+    benchmark::AddCustomContext("Qt", qVersion());
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

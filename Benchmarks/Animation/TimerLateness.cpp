@@ -1,0 +1,210 @@
+// How late timers of 5 ms and 9 ms tick, in the kit, in GLib and in Qt, while the
+// machine is idle and while every core is busy: timer_lateness [SECONDS]
+#include "Animation/Animator.hpp"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <glib.h>
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::array intervals{0.005F, 0.009F};
+
+/// Ticks against the grid that begins when the timer starts. A tick that is later
+/// than a whole interval is held against the grid point that it follows.
+class Grid
+{
+public:
+    explicit Grid(float interval) : interval_(static_cast<double>(interval)) {}
+
+    void start() { start_ = Clock::now(); }
+
+    void tick()
+    {
+        const double elapsed = std::chrono::duration<double>(Clock::now() - start_).count();
+        point_ = std::max(point_ + 1, std::floor(elapsed / interval_));
+        late_.push_back(elapsed - point_ * interval_);
+    }
+
+    /// The lateness, in seconds, that a share of the ticks does not exceed.
+    double percentile(double share) const { return percentileOf(late_, share); }
+
+    /// By how much the early ones among the ticks come later in the last quarter than
+    /// in the first, in seconds: how far the timer's own grid has moved.
+    double drift() const
+    {
+        const auto quarter = static_cast<std::ptrdiff_t>(late_.size() / 4);
+        return percentileOf({late_.end() - quarter, late_.end()}, 0.1) -
+               percentileOf({late_.begin(), late_.begin() + quarter}, 0.1);
+    }
+
+    std::size_t ticks() const { return late_.size(); }
+    /// Grid points without a tick.
+    double missed() const { return point_ - static_cast<double>(late_.size()); }
+    float interval() const { return static_cast<float>(interval_); }
+
+private:
+    static double percentileOf(std::vector<double> values, double share)
+    {
+        std::sort(values.begin(), values.end());
+        return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
+    }
+
+    double interval_;
+    Clock::time_point start_;
+    double point_ = 0;
+    std::vector<double> late_;
+};
+
+using Grids = std::array<Grid, intervals.size()>;
+
+void runMainLoopFor(double seconds)
+{
+    GMainLoop *const loop = g_main_loop_new(nullptr, FALSE);
+    const auto quit = [](gpointer running) -> gboolean {
+        g_main_loop_quit(static_cast<GMainLoop *>(running));
+        return G_SOURCE_REMOVE;
+    };
+    g_timeout_add(static_cast<guint>(seconds * 1000), quit, loop);
+    g_main_loop_run(loop);
+    g_main_loop_unref(loop);
+}
+
+void runKit(Grids &grids, double seconds)
+{
+    std::vector<std::shared_ptr<Animator>> animators;
+    for (Grid &grid : grids) {
+        animators.push_back(Animator::create(0, 1, INT32_MAX, grid.interval()));
+        animators.back()->onAnimation = [&grid](Animator &, float) { grid.tick(); };
+        grid.start();
+        animators.back()->start();
+    }
+    runMainLoopFor(seconds);
+    for (const auto &animator : animators)
+        animator->stop();
+}
+
+guint milliseconds(const Grid &grid)
+{
+    return static_cast<guint>(std::lround(grid.interval() * 1000));
+}
+
+void runGLib(Grids &grids, double seconds)
+{
+    std::vector<guint> sources;
+    for (Grid &grid : grids) {
+        grid.start();
+        sources.push_back(g_timeout_add(
+            milliseconds(grid),
+            [](gpointer data) -> gboolean {
+                static_cast<Grid *>(data)->tick();
+                return G_SOURCE_CONTINUE;
+            },
+            &grid));
+    }
+    runMainLoopFor(seconds);
+    for (const guint source : sources)
+        g_source_remove(source);
+}
+
+void runQt(Grids &grids, double seconds)
+{
+    std::array<QTimer, intervals.size()> timers;
+    for (std::size_t i = 0; i < grids.size(); ++i) {
+        timers[i].setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timers[i], &QTimer::timeout, [&grid = grids[i]] { grid.tick(); });
+        grids[i].start();
+        timers[i].start(static_cast<int>(milliseconds(grids[i])));
+    }
+    QTimer::singleShot(static_cast<int>(seconds * 1000), [] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
+}
+
+/// Keeps every core busy while it lives.
+class Load
+{
+public:
+    Load()
+    {
+        for (unsigned core = 0; core < std::thread::hardware_concurrency(); ++core)
+            threads_.emplace_back([this] {
+                while (!ended_)
+                    std::atomic_signal_fence(std::memory_order_seq_cst);
+            });
+    }
+    ~Load()
+    {
+        ended_ = true;
+        for (std::thread &thread : threads_)
+            thread.join();
+    }
+    Load(const Load &) = delete;
+    Load &operator=(const Load &) = delete;
+
+private:
+    std::atomic<bool> ended_ = false;
+    std::vector<std::thread> threads_;
+};
+
+struct Driver {
+    const char *name;
+    void (*run)(Grids &, double seconds);
+};
+constexpr std::array drivers{Driver{"kit", runKit}, Driver{"Qt precise", runQt},
+                             Driver{"g_timeout_add", runGLib}};
+
+void goal(const char *what, int interval, const char *load, double limit, double figure)
+{
+    std::printf("| %s, %d ms, %s | %.4g | %.4g | %s |\n", what, interval, load, limit, figure,
+                figure <= limit ? "met" : "missed");
+}
+
+void measure(const char *load, double seconds)
+{
+    std::vector<Grids> results;
+    for (const Driver &driver : drivers) {
+        Grids grids{Grid(intervals[0]), Grid(intervals[1])};
+        driver.run(grids, seconds);
+        for (const Grid &grid : grids)
+            std::printf("%-13s %-4s %u ms: %5zu ticks, %4.0f missed, late p50 %8.1f us, "
+                        "p99 %8.1f us, drift %8.1f us\n",
+                        driver.name, load, milliseconds(grid), grid.ticks(), grid.missed(),
+                        1e6 * grid.percentile(0.5), 1e6 * grid.percentile(0.99),
+                        1e6 * grid.drift());
+        std::fflush(stdout);
+        results.push_back(std::move(grids));
+    }
+    for (std::size_t i = 0; i < intervals.size(); ++i) {
+        const Grid &kit = results[0][i];
+        const int interval = static_cast<int>(milliseconds(kit));
+        goal("Timer lateness p99 over Qt's precise timer", interval, load, 0.2,
+             kit.percentile(0.99) / results[1][i].percentile(0.99));
+        goal("Timer drift in milliseconds", interval, load, 0.1, 1e3 * kit.drift());
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 20;
+    measure("idle", seconds);
+    const Load load;
+    measure("busy", seconds);
+}
