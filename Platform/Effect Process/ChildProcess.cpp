@@ -115,7 +115,7 @@ ChildProcess::~ChildProcess()
 void ChildProcess::kill() noexcept
 {
     // The group holds what the plug-in started; it may be gone, or not made yet.
-    if (descriptor_) {
+    if (descriptor_ && identifier_ > 0) {
         ::kill(-identifier_, SIGKILL);
         signalProcess(descriptor_.get(), SIGKILL);
     }

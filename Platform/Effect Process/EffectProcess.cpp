@@ -87,12 +87,14 @@ EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits
     });
     Lock lock(mutex_);
     phaseChanged_.wait(lock, [this] { return phase_ != Phase::starting; });
-    if (phase_ == Phase::up) {
+    const bool isThere = phase_ == Phase::up;
+    isEnding_ = !isThere;
+    // Whoever ends all effects takes the two locks the other way round.
+    lock.unlock();
+    if (isThere) {
         LiveEffects::shared().add(*this);
         return;
     }
-    isEnding_ = true;
-    lock.unlock();
     wakeSupervisor();
     supervisor_.join();
     throw PlatformError(downReason_);

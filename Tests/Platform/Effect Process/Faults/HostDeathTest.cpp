@@ -126,7 +126,7 @@ TEST_P(HostDeathTest, TheEffectGoesWithItsHost)
     ASSERT_TRUE(effect.isThere());
     EXPECT_EQ(sabotage.faults().size(), std::string(plugin).ends_with("loop") ? 1U : 0U);
     if (std::string(way) == "killed")
-        ::kill(host.identifier(), SIGKILL);
+        sendSignal(host.identifier(), SIGKILL);
     host.wait();
     EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
 }
@@ -152,7 +152,7 @@ TEST_F(EffectIsolationTest, InterruptingTheHostFromTheKeyboardLeavesTheEffectAlo
     const Watched effect(host.effect());
     ASSERT_TRUE(effect.isThere());
     // Ctrl+C goes to the whole group of the host's process.
-    ::kill(-host.identifier(), SIGINT);
+    sendSignal(host.identifier(), SIGINT, true);
     EXPECT_EQ(host.wait(), 0);
     EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
 }

@@ -167,7 +167,7 @@ private:
         constexpr std::array<int, 3> signals{SIGKILL, SIGSEGV, SIGABRT};
         const pid_t victim = process.processIdentifier();
         killedAt_ = Clock::now();
-        ::kill(victim, signals[random_() % signals.size()]);
+        sendSignal(victim, signals[random_() % signals.size()]);
         waitFor([&] { return process.processIdentifier() != victim; });
     }
 

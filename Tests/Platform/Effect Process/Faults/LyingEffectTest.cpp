@@ -183,7 +183,7 @@ TEST_F(LyingEffectTest, MayNotBecomeAnotherEffect)
     lie.set("change_becomes_another");
     std::filesystem::remove(folder.path() / "starts");
     const auto process = start(2);
-    ::kill(process->processIdentifier(), SIGKILL);
+    sendSignal(process->processIdentifier(), SIGKILL);
     ASSERT_TRUE(errors.waitFor("The effect 'Liar' broke the agreement (it has become another "
                                "effect); it stays silent after 2 faults within 60 s."));
 }
@@ -193,7 +193,7 @@ TEST_F(LyingEffectTest, ItsNameDoesNotBreakTheLine)
     const ErrorLines errors;
     lie.set("change_writes_on_the_terminal");
     const auto process = start();
-    ::kill(process->processIdentifier(), SIGKILL);
+    sendSignal(process->processIdentifier(), SIGKILL);
     EXPECT_TRUE(errors.waitFor("The effect 'Two lines and  [31mcolour' ended unexpectedly "
                                "(SIGKILL); it stays silent after 1 faults within 60 s."));
 }

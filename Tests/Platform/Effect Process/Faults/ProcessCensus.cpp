@@ -1,6 +1,7 @@
 #include "ProcessCensus.hpp"
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
@@ -95,6 +96,12 @@ std::vector<std::pair<int, std::string>> openDescriptors(pid_t process)
     }
     std::sort(all.begin(), all.end());
     return all;
+}
+
+void sendSignal(pid_t process, int signal, bool group)
+{
+    if (process > 1)
+        ::kill(group ? -process : process, signal);
 }
 
 ProcessCensus ProcessCensus::now()

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/types.h>
@@ -22,5 +24,9 @@ struct ProcessCensus {
 
 /// What the process has open, by number: where each link of /proc/PID/fd leads.
 std::vector<std::pair<int, std::string>> openDescriptors(pid_t process);
+
+/// Sends a signal to a process, or with `group` to all of its group; to nobody when
+/// `process` is none, which the system would take for everybody.
+void sendSignal(pid_t process, int signal, bool group = false);
 
 std::ostream &operator<<(std::ostream &stream, const ProcessCensus &census);

@@ -20,7 +20,7 @@ void killEffect(EffectProcess &process, int signal = SIGKILL)
 {
     const pid_t victim = process.processIdentifier();
     ASSERT_GT(victim, 0);
-    ::kill(victim, signal);
+    sendSignal(victim, signal);
     ASSERT_TRUE(eventually([&] { return process.processIdentifier() != victim; }));
 }
 
@@ -222,8 +222,8 @@ TEST_F(RecoveryTest, RestartsInTheMiddleOfOrdinaryUse)
     std::atomic<bool> ending{false};
     std::thread killer([&] {
         while (!ending) {
-            if (const pid_t victim = process->processIdentifier(); victim > 0)
-                ::kill(victim, SIGKILL);
+            if (process->isUp())
+                sendSignal(process->processIdentifier(), SIGKILL);
             std::this_thread::sleep_for(milliseconds(15));
         }
     });

@@ -43,7 +43,8 @@ protected:
     void TearDown() override
     {
         EXPECT_EQ(ProcessCensus::now(), before);
-        EXPECT_TRUE(std::filesystem::is_empty(scratch.path())) << "scratch files were left";
+        for (const auto &left : std::filesystem::recursive_directory_iterator(scratch.path()))
+            ADD_FAILURE() << left.path() << " was left";
     }
 
     static std::string uri(const std::string &moment, const std::string &fault)
