@@ -298,15 +298,16 @@ std::optional<EffectProcess::Ticket> EffectProcess::beginWhenUp()
 Message EffectProcess::call(const Ticket &ticket, MessageKind kind, std::span<const std::byte> body,
                             int descriptor)
 {
-    const auto deadline = Clock::now() + limits_.request;
+    // Preparing may instantiate the plug-in anew, and restores its settings then.
+    const auto limit = kind == MessageKind::prepare ? limits_.instantiation : limits_.request;
+    const auto deadline = Clock::now() + limit;
     // When it is not taken there will be no answer either.
     ticket.socket->send(kind, ticket.number, body, descriptor, deadline);
     Message answer;
     const Requests::Outcome outcome = requests_.wait(ticket.number, deadline, answer);
     if (outcome == Requests::Outcome::late)
-        blame(ticket.socket, Clock::now() < deadline
-                                 ? "gave no answer before its end"
-                                 : "gave no answer for " + seconds(limits_.request));
+        blame(ticket.socket, Clock::now() < deadline ? "gave no answer before its end"
+                                                     : "gave no answer for " + seconds(limit));
     if (outcome != Requests::Outcome::answered)
         throw EffectFault(fmt::format("The effect '{}' failed instead of answering.", name()));
     return answer;
