@@ -43,6 +43,20 @@ function(parvane_library name)
     target_compile_features(${name} PUBLIC cxx_std_20)
 endfunction()
 
+# parvane_module(NAME SOURCES file... LIBRARIES lib... USED_BY target)
+# What `target` loads at its first use only. It must not link `foundation`: the
+# program would have every queue twice.
+function(parvane_module name)
+    cmake_parse_arguments(ARG "" "USED_BY" "SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} MODULE ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES})
+    set_target_properties(${name} PROPERTIES
+        PREFIX ""
+        LIBRARY_OUTPUT_DIRECTORY "${PARVANE_MODULE_DIR}")
+    add_dependencies(${ARG_USED_BY} ${name})
+    install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/parvane-host")
+endfunction()
+
 # parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TIMEOUT seconds])
 # A GoogleTest program; each of its tests becomes a test of CTest.
 function(parvane_test name)

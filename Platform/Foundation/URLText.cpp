@@ -111,6 +111,13 @@ bool isAuthority(std::string_view text)
            std::all_of(digits.begin(), digits.end(), isDigit);
 }
 
+void appendEscape(std::string &text, char c)
+{
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    text.append({'%', digits[byte >> 4U], digits[byte & 15U]});
+}
+
 /// Cuts `text` at the first of `marks` and answers what stands before it.
 std::string_view takeUntil(std::string_view &text, std::string_view marks)
 {
@@ -164,17 +171,35 @@ std::string_view hostOfAuthority(std::string_view authority)
 
 std::string encodePath(std::string_view path)
 {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     text.reserve(path.size());
     for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
         if (c == '/' || isUnreserved(c))
             text.push_back(c);
         else
-            text.append({'%', digits[byte >> 4U], digits[byte & 15U]});
+            appendEscape(text, c);
     }
     return text;
+}
+
+std::string encodeForbidden(std::string_view text)
+{
+    const URLParts parts = splitURL(text);
+    const std::string_view authority = parts.authority.value_or("");
+    const char *fragment = parts.fragment ? parts.fragment->data() : text.data() + text.size();
+    std::string result;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const char c = text[index];
+        const char *place = text.data() + index;
+        const bool inAuthority =
+            place >= authority.data() && place < authority.data() + authority.size();
+        if (isEscape(text.substr(index)) || consistsOf({place, 1}, ":/?@") ||
+            (inAuthority && (c == '[' || c == ']')) || (c == '#' && place < fragment))
+            result.push_back(c);
+        else
+            appendEscape(result, c);
+    }
+    return result;
 }
 
 std::string decodePercent(std::string_view text)

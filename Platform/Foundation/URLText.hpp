@@ -32,6 +32,10 @@ std::string encodePath(std::string_view path);
 /// Replaces each escape by its byte; what is no escape stays.
 std::string decodePercent(std::string_view text);
 
+/// Percent-encodes each byte that RFC 3986 does not allow where it stands, and nothing
+/// else: for locations of programs that are less strict.
+std::string encodeForbidden(std::string_view text);
+
 /// Compares ASCII text.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);
 

@@ -1,0 +1,42 @@
+#include "Platform/Foundation/Module.hpp"
+
+#include "Platform/Foundation/PlatformError.hpp"
+#include "Platform/Foundation/ProcessInfo.hpp"
+
+#include <dlfcn.h>
+
+#include <string>
+
+namespace platform::foundation
+{
+namespace
+{
+
+/// The module's folder as installed, or else as in the build tree, where the
+/// library folder is always called `lib`.
+void *loadModule(const char *file, const std::string &subject)
+{
+    const std::string prefix = ProcessInfo::processInfo().installationPrefix();
+    std::string reason;
+    for (const char *folder : {PARVANE_LIBRARY_FOLDER, "lib"}) {
+        const std::string path = prefix + "/" + folder + "/parvane-host/" + file;
+        if (void *module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+            return module;
+        if (reason.empty())
+            reason = dlerror();
+    }
+    throw PlatformError(subject + " cannot be loaded: " + reason);
+}
+
+} // namespace
+
+void *moduleSymbol(const char *file, const char *symbol, const char *purpose)
+{
+    const std::string subject = std::string("The module that ") + purpose;
+    void *address = dlsym(loadModule(file, subject), symbol);
+    if (address == nullptr)
+        throw PlatformError(subject + " is not of this program");
+    return address;
+}
+
+} // namespace platform::foundation
