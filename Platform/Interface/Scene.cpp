@@ -2,11 +2,14 @@
 
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Interface/UIButton.hpp"
+#include "Platform/Interface/WKWebView.hpp"
 #include "Platform/Interface/Widget.hpp"
 
 #include <giomm/simpleactiongroup.h>
 #include <glibmm/error.h>
 #include <gtkmm/actionable.h>
+#include <gtkmm/box.h>
+#include <gtkmm/builder.h>
 #include <gtkmm/button.h>
 
 #include <utility>
@@ -18,7 +21,9 @@ namespace platform::interface
 namespace
 {
 
-constexpr std::string_view actionPrefix = "screen.";
+constexpr std::string_view actionGroup = "screen";
+constexpr std::string_view segueGroup = "segue";
+constexpr const char *firstResponderClass = "first-responder";
 
 /// The id that the file gives a widget; empty where it gives none (GtkBuilder
 /// then makes one up that begins with underscores).
@@ -46,37 +51,69 @@ Gtk::Widget &topLevelWidget(const Gtk::Builder &builder, const std::string &path
     return *top;
 }
 
-std::shared_ptr<UIView> makeView(Gtk::Widget &widget)
+/// Whether a plain view is meant: the file puts nothing inside.
+bool isEmptyBox(Gtk::Widget &widget)
 {
-    auto handle = std::make_unique<Widget>(widget);
-    if (dynamic_cast<Gtk::Button *>(&widget))
-        return UIButton::create(std::move(handle));
-    return std::make_shared<UIView>(std::move(handle));
+    return dynamic_cast<Gtk::Box *>(&widget) && !widget.get_first_child();
 }
 
-/// The name of the action that `view` sends; empty when it sends none.
+/// The name of the action that `view` sends, its group included; empty when it sends
+/// none.
 std::string actionOf(const UIView &view)
 {
     const auto *control = dynamic_cast<Gtk::Actionable *>(&view.widget().get());
-    const std::string name = control ? control->get_action_name().raw() : std::string();
-    return name.starts_with(actionPrefix) ? name.substr(actionPrefix.size()) : std::string();
+    return control ? control->get_action_name().raw() : std::string();
+}
+
+/// The text that goes with the action of `view`; empty where there is none.
+std::string actionTargetOf(const UIView &view)
+{
+    auto *actionable = GTK_ACTIONABLE(view.widget().get().gobj());
+    GVariant *target = gtk_actionable_get_action_target_value(actionable);
+    return target && g_variant_is_of_type(target, G_VARIANT_TYPE_STRING)
+               ? g_variant_get_string(target, nullptr)
+               : "";
+}
+
+/// What follows the group in the name of an action of `group`; empty for others.
+std::string nameWithin(std::string_view group, const std::string &action)
+{
+    const std::string prefix = std::string(group) + ".";
+    return action.starts_with(prefix) ? action.substr(prefix.size()) : std::string();
+}
+
+/// Has `button` alone send its action; the named one in `group` is left to shortcuts.
+void release(const std::shared_ptr<UIButton> &button, Gio::SimpleActionGroup &group,
+             const std::string &name)
+{
+    auto &control = dynamic_cast<Gtk::Button &>(button->widget().get());
+    auto *actionable = GTK_ACTIONABLE(control.gobj());
+    gtk_actionable_set_action_target_value(actionable, nullptr);
+    gtk_actionable_set_action_name(actionable, nullptr);
+    control.set_sensitive(true);
+    if (group.has_action(name))
+        return;
+    group.add_action(name, [weakButton = std::weak_ptr(button)] {
+        if (const auto sender = weakButton.lock())
+            sender->sendActions();
+    });
 }
 
 } // namespace
 
-std::shared_ptr<Scene> Scene::load(std::string_view name, const Bundle &bundle)
+std::shared_ptr<Scene> Scene::load(std::string_view name, std::shared_ptr<Bundle> bundle)
 {
-    const auto path = bundle.pathForResource(name, "ui");
+    const auto path = (bundle ? bundle : Bundle::main())->pathForResource(name, "ui");
     if (!path)
         fatalError("Could not find a storyboard named '" + std::string(name) + "'.");
     try {
-        return std::make_shared<Scene>(*path);
+        return std::make_shared<Scene>(*path, std::move(bundle));
     } catch (const PlatformError &error) {
         fatalError(std::string("Could not load a storyboard: ") + error.what());
     }
 }
 
-Scene::Scene(const std::string &path)
+Scene::Scene(const std::string &path, std::shared_ptr<Bundle> bundle) : bundle_(std::move(bundle))
 {
     const auto builder = Gtk::Builder::create();
     try {
@@ -86,7 +123,9 @@ Scene::Scene(const std::string &path)
     }
     Gtk::Widget &root = topLevelWidget(*builder.get(), path);
     controllerClass_ = idOf(root);
-    rootView_ = makeView(root);
+    // A plain view around it all, so that the screen takes subviews.
+    rootView_ = std::make_shared<UIView>();
+    rootView_->setContent(std::make_unique<Widget>(root));
     addViewsInside(root, *rootView_);
 }
 
@@ -98,37 +137,54 @@ void Scene::addViewsInside(Gtk::Widget &widget, UIView &owner)
             addViewsInside(*child, owner);
             continue;
         }
+        const bool plain = isEmptyBox(*child);
         const auto view = makeView(*child);
-        views_[id] = view;
-        owner.adopt(view);
-        addViewsInside(*child, *view);
+        view->keepsPlace_ = plain;
+        owner.adopt(view, UIView::Placement::storyboard);
+        if (!plain)
+            addViewsInside(*child, *view);
+        add(view, id);
     }
+}
+
+std::shared_ptr<UIView> Scene::makeView(Gtk::Widget &widget)
+{
+    auto handle = std::make_unique<Widget>(widget);
+    if (dynamic_cast<Gtk::Button *>(&widget))
+        return UIButton::create(std::move(handle));
+    if (!isEmptyBox(widget))
+        return std::make_shared<UIView>(std::move(handle));
+    if (widget.get_name() == "WKWebView")
+        return std::make_shared<WKWebView>(std::move(handle));
+    return std::shared_ptr<UIView>(new UIView(UIView::Box{std::move(handle)}));
+}
+
+void Scene::add(const std::shared_ptr<UIView> &view, const std::string &id)
+{
+    views_[id] = view;
+    if (view->widget().get().has_css_class(firstResponderClass))
+        firstResponder_ = view;
+    const std::string identifier = nameWithin(segueGroup, actionOf(*view));
+    if (!identifier.empty())
+        segues_[identifier] = actionTargetOf(*view);
 }
 
 void Scene::connect(const StoryboardBinding::Actions &actions,
                     const std::shared_ptr<UIResponder> &receiver) const
 {
-    const auto group = Gio::SimpleActionGroup::create();
-    for (const auto &[id, view] : views_) {
-        const std::string name = actionOf(*view);
-        const auto action = actions.find(name);
-        const auto button = std::dynamic_pointer_cast<UIButton>(view);
-        if (!button || action == actions.end())
-            continue;
-        button->addTarget(receiver, action->second);
-        // Pressed, the button sends for itself; the named action is left to
-        // shortcuts.
-        auto &control = dynamic_cast<Gtk::Button &>(button->widget().get());
-        gtk_actionable_set_action_name(GTK_ACTIONABLE(control.gobj()), nullptr);
-        control.set_sensitive(true);
-        if (group->has_action(name))
-            continue;
-        group->add_action(name, [weakButton = std::weak_ptr(button)] {
-            if (const auto sender = weakButton.lock())
-                sender->sendActions();
-        });
+    for (const std::string_view groupName : {actionGroup, segueGroup}) {
+        const auto group = Gio::SimpleActionGroup::create();
+        for (const auto &[id, view] : views_) {
+            const std::string name = nameWithin(groupName, actionOf(*view));
+            const auto action = name.empty() ? actions.end() : actions.find(actionOf(*view));
+            const auto button = std::dynamic_pointer_cast<UIButton>(view);
+            if (!button || action == actions.end())
+                continue;
+            button->addTarget(receiver, action->second);
+            release(button, *group.get(), name);
+        }
+        rootView_->content_->get().insert_action_group(std::string(groupName), group);
     }
-    rootView_->widget().get().insert_action_group("screen", group);
 }
 
 } // namespace platform::interface

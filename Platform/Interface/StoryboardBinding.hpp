@@ -39,7 +39,7 @@ public:
     void action(const std::string &name, Controller &controller,
                 void (Controller::*operation)(const std::shared_ptr<View> &))
     {
-        actions_[name] = [name, &controller, operation](const Sender &sender) {
+        actions_["screen." + name] = [name, &controller, operation](const Sender &sender) {
             const auto view = std::dynamic_pointer_cast<View>(sender);
             if (!view)
                 fatalError("The sender of '" + name + "' is not of its parameter's class.");
@@ -47,6 +47,7 @@ public:
         };
     }
 
+    /// By the names that GTK knows them under: with the prefix `screen.`.
     const Actions &actions() const { return actions_; }
 
 private:

@@ -14,8 +14,7 @@ UIStoryboard::UIStoryboard(std::string name, std::shared_ptr<Bundle> bundle)
 
 std::shared_ptr<UIViewController> UIStoryboard::instantiateInitialViewController() const
 {
-    const auto scene =
-        platform::interface::Scene::load(name_, bundle_ ? *bundle_ : *Bundle::main());
+    const auto scene = platform::interface::Scene::load(name_, bundle_);
     NSCoder coder(scene);
     auto controller = std::dynamic_pointer_cast<UIViewController>(
         platform::interface::makeInstance(scene->controllerClass(), &coder));

@@ -1,9 +1,11 @@
 #include "Platform/Interface/UIWindow.hpp"
 
+#include "Platform/Interface/PageStack.hpp"
 #include "Platform/Interface/UIViewController.hpp"
 #include "Platform/Interface/Widget.hpp"
 
 #include <gdkmm/surface.h>
+#include <gtkmm/box.h>
 #include <gtkmm/window.h>
 
 #include <utility>
@@ -31,15 +33,33 @@ Gtk::Window &windowOf(const UIView &view)
 
 } // namespace
 
+/// The pages as GTK has them, and whose they are, the uppermost last.
+struct UIWindow::Pages {
+    platform::interface::PageStack stack;
+    std::vector<std::weak_ptr<UIViewController>> controllers;
+};
+
+UIWindow::UIWindow(std::unique_ptr<platform::interface::Widget> widget,
+                   std::unique_ptr<Pages> pages)
+    : UIView(std::move(widget)), pages_(std::move(pages))
+{
+}
+
 std::shared_ptr<UIWindow> UIWindow::create(const std::string &title, int width, int height)
 {
     auto gtkWindow = std::make_unique<Gtk::Window>();
     auto *window = gtkWindow.get();
     window->set_title(title);
     window->set_default_size(width, height);
+    // The screens bring header bars, which slide with them: the window's own gives way.
+    auto *noTitleBar = Gtk::make_managed<Gtk::Box>();
+    noTitleBar->set_visible(false);
+    window->set_titlebar(*noTitleBar);
+    auto pages = std::make_unique<Pages>();
+    window->set_child(pages->stack.widget());
     // The constructor is private, which std::make_shared cannot see.
     std::shared_ptr<UIWindow> view(
-        new UIWindow(std::make_unique<WindowWidget>(std::move(gtkWindow))));
+        new UIWindow(std::make_unique<WindowWidget>(std::move(gtkWindow)), std::move(pages)));
     window->signal_realize().connect([weakView = std::weak_ptr(view)] {
         if (const auto realized = weakView.lock())
             realized->watchSurface();
@@ -49,23 +69,24 @@ std::shared_ptr<UIWindow> UIWindow::create(const std::string &title, int width, 
 
 UIWindow::~UIWindow()
 {
-    // The root's view may outlive the window, or be shown in another.
+    // The pages' views may outlive the window, or be shown in another.
     windowOf(*this).unset_child();
+    pages_->stack.reset(nullptr);
 }
 
 void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controller)
 {
-    auto &window = windowOf(*this);
     const auto former = std::exchange(root_, std::move(controller));
-    if (!window.get_visible())
+    if (!windowOf(*this).get_visible())
         return;
 
-    const bool formerHadAppeared = std::exchange(rootHasAppeared_, false);
-    if (former && formerHadAppeared)
-        former->viewWillDisappear(false);
+    if (former && former->presentedViewController())
+        former->dismiss(false);
+    if (former)
+        former->beginAppearanceTransition(false, false);
     showRootView();
-    if (former && formerHadAppeared)
-        former->viewDidDisappear(false);
+    if (former)
+        former->endAppearanceTransition();
 }
 
 void UIWindow::makeKeyAndVisible()
@@ -88,15 +109,41 @@ void UIWindow::setCloseHandler(std::function<void()> handler)
 
 void UIWindow::showRootView()
 {
-    auto &window = windowOf(*this);
-    window.unset_child();
+    while (!subviews().empty())
+        disown(*subviews().back());
+    pages_->controllers.clear();
     const auto view = root_ ? root_->view() : nullptr;
-    if (!view)
+    if (!view) {
+        pages_->stack.reset(nullptr);
         return;
-    root_->viewWillAppear(false);
-    window.set_child(view->widget().get());
-    // The first control has the keyboard, so that nobody has to look for it.
-    window.child_focus(Gtk::DirectionType::TAB_FORWARD);
+    }
+    root_->beginAppearanceTransition(true, false);
+    root_->endAppearanceWithLayout();
+    addPage(root_);
+    pages_->stack.reset(&view->widget().get());
+    // A control has the keyboard, so that nobody has to look for one.
+    root_->takeKeyboard();
+}
+
+void UIWindow::pushPage(const std::shared_ptr<UIViewController> &controller, bool animated,
+                        std::function<void()> done)
+{
+    addPage(controller);
+    pages_->stack.push(controller->view()->widget().get(), animated, std::move(done));
+    controller->takeKeyboard();
+}
+
+void UIWindow::popPage(bool animated, std::function<void()> done)
+{
+    pages_->controllers.pop_back();
+    disown(*subviews().back());
+    pages_->stack.pop(animated, std::move(done));
+}
+
+void UIWindow::addPage(const std::shared_ptr<UIViewController> &controller)
+{
+    adopt(controller->view(), Placement::window);
+    pages_->controllers.push_back(controller);
 }
 
 void UIWindow::watchSurface()
@@ -112,9 +159,9 @@ void UIWindow::watchSurface()
 
 void UIWindow::didLayout()
 {
-    if (!root_ || !root_->isViewLoaded())
-        return;
-    root_->viewDidLayoutSubviews();
-    if (!std::exchange(rootHasAppeared_, true))
-        root_->viewDidAppear(false);
+    const auto controller =
+        pages_->controllers.empty() ? nullptr : pages_->controllers.back().lock();
+    if (controller)
+        controller->windowDidLayout();
+    pages_->stack.didLayout();
 }

@@ -5,11 +5,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 class UIViewController;
 
-/// A window of the desktop that shows the view of its root view controller and
-/// tells that controller of its appearance. Main thread.
+/// A window of the desktop that shows the view of its root view controller, or of
+/// what is presented over it, and tells those controllers of their appearance. Its
+/// frame is drawn by the screens' own header bars. Main thread.
 class UIWindow : public UIView
 {
 public:
@@ -19,7 +21,7 @@ public:
     ~UIWindow() override;
 
     const std::shared_ptr<UIViewController> &rootViewController() const { return root_; }
-    /// On a window that is shown the new view takes the old one's place at once.
+    /// On a window that is shown the new view takes the place of all at once.
     void setRootViewController(std::shared_ptr<UIViewController> controller);
 
     /// Shows the window, in front, with the keyboard. The root view is loaded now
@@ -29,13 +31,23 @@ public:
     /// What happens when the person closes the window, before it goes.
     void setCloseHandler(std::function<void()> handler);
 
+    // For presentation: ----------------------------------------------------------
+
+    /// Brings the controller's view up over all and calls `done` when it is there.
+    void pushPage(const std::shared_ptr<UIViewController> &controller, bool animated,
+                  std::function<void()> done);
+    /// Takes the uppermost page away and calls `done` when it is gone.
+    void popPage(bool animated, std::function<void()> done);
+
 private:
-    using UIView::UIView;
+    struct Pages;
+    UIWindow(std::unique_ptr<platform::interface::Widget> widget, std::unique_ptr<Pages> pages);
 
     void showRootView();
+    void addPage(const std::shared_ptr<UIViewController> &controller);
     void watchSurface();
     void didLayout();
 
     std::shared_ptr<UIViewController> root_;
-    bool rootHasAppeared_ = false;
+    std::unique_ptr<Pages> pages_;
 };

@@ -29,6 +29,7 @@ public:
     std::string refusal; ///< not empty: why render resources are refused
     std::vector<std::string> midiOutputs;
     std::optional<std::vector<std::shared_ptr<AUAudioUnitPreset>>> knownPresets;
+    std::shared_ptr<AUViewController> viewController; ///< the answer to a request
 
     // What it was told.
     std::optional<std::string> context;
@@ -62,7 +63,7 @@ public:
     void requestViewController(
         std::function<void(std::shared_ptr<AUViewController>)> completion) override
     {
-        completion(nullptr);
+        completion(viewController);
     }
     std::uint32_t inputChannelCount() const override { return inputs_; }
     std::uint32_t outputChannelCount() const override { return outputs_; }

@@ -72,7 +72,8 @@ TEST_F(UIWindowTest, ReplacesTheScreenWhileShown)
     EXPECT_THAT(controller->calls,
                 ElementsAre("viewDidLoad", "viewWillAppear", "viewDidLayoutSubviews",
                             "viewDidAppear", "viewWillDisappear", "viewDidDisappear"));
-    EXPECT_EQ(gtkWindow().get_child(), &next->view()->widget().get());
+    EXPECT_EQ(next->view()->widget().get().get_root(), &gtkWindow());
+    EXPECT_EQ(controller->view()->widget().get().get_root(), nullptr);
 }
 
 TEST_F(UIWindowTest, CallsItsHandlerWhenItIsClosed)

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Platform/Foundation/URL.hpp"
+
+#include <vector>
+
+class UIDocumentPickerViewController;
+
+/// Hears what was picked. Main thread.
+class UIDocumentPickerDelegate
+{
+public:
+    virtual ~UIDocumentPickerDelegate() = default;
+
+    /// One document was picked, where the operation for several is not overridden.
+    virtual void documentPicker(UIDocumentPickerViewController & /*controller*/,
+                                const URL & /*url*/)
+    {
+    }
+
+    virtual void documentPicker(UIDocumentPickerViewController &controller,
+                                const std::vector<URL> &urls)
+    {
+        for (const URL &url : urls)
+            documentPicker(controller, url);
+    }
+
+    virtual void documentPickerWasCancelled(UIDocumentPickerViewController & /*controller*/) {}
+};
