@@ -5,3 +5,4 @@
 #include "Support/DiagnosticPrinting.hpp" // IWYU pragma: export
 #include "Support/FileLocations.hpp"      // IWYU pragma: export
 #include "Support/FourCharacterCode.hpp"  // IWYU pragma: export
+#include "Support/ViewHelpers.hpp"        // IWYU pragma: export

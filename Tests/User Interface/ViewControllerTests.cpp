@@ -1,19 +1,29 @@
+#include "Audio Engine/AUExtensionManager.hpp"
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/FileManager.hpp"
+#include "Platform/Interface/AUViewController.hpp"
+#include "Platform/Interface/UIDocumentPickerViewController.hpp"
 #include "Platform/Interface/UIStoryboard.hpp"
+#include "Platform/Interface/UIStoryboardSegue.hpp"
+#include "Tests/Platform/Interface/Dialogs.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/PDFDocument.hpp"
 #include "Tests/Utilities/PrintedLines.hpp"
+#include "Tests/Utilities/ScriptedUnit.hpp"
 #include "Tests/Utilities/StandInEffect.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
+#include "User Interface/HelpViewController.hpp"
 #include "User Interface/ViewController.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <filesystem>
+#include <fstream>
 
 using test::serveMainThreadUntil;
 using ::testing::Contains;
@@ -42,6 +52,65 @@ public:
 private:
     std::vector<URL> folders_;
 };
+
+/// Lets the tests call what only the class itself calls.
+class OpenViewController : public ViewController
+{
+public:
+    using ViewController::audioUnitManager;
+    using ViewController::audioUnitViewController;
+    using ViewController::embedPlugInView;
+    using ViewController::resetPluginView;
+    using ViewController::ViewController;
+};
+
+/// An effect's view controller; without a view if told so.
+class EffectView : public AUViewController
+{
+public:
+    explicit EffectView(bool hasView = true)
+        : AUViewController(std::nullopt, nullptr), hasView_(hasView)
+    {
+    }
+    void loadView() override
+    {
+        if (hasView_)
+            AUViewController::loadView();
+    }
+    void didMove(const std::shared_ptr<UIViewController> &newParent) override
+    {
+        movedTo = newParent;
+        wasInsideWhenMoved = view()->superview() != nullptr;
+    }
+
+    std::shared_ptr<UIViewController> movedTo;
+    bool wasInsideWhenMoved = false;
+
+private:
+    bool hasView_;
+};
+
+std::shared_ptr<AVAudioUnit> unitWith(const std::shared_ptr<AUViewController> &viewController)
+{
+    const auto unit = std::make_shared<test::ScriptedUnit>();
+    unit->viewController = viewController;
+    return std::make_shared<AVAudioUnit>(unit);
+}
+
+/// What each constraint of `view` ties, in order.
+std::vector<std::pair<NSLayoutAttribute, NSLayoutAttribute>> tiesOf(const UIView &view)
+{
+    std::vector<std::pair<NSLayoutAttribute, NSLayoutAttribute>> ties;
+    for (const auto &constraint : view.constraints())
+        ties.emplace_back(constraint->firstAttribute(), constraint->secondAttribute());
+    return ties;
+}
+
+const std::vector<std::pair<NSLayoutAttribute, NSLayoutAttribute>> allEdges{
+    {NSLayoutAttribute::top, NSLayoutAttribute::top},
+    {NSLayoutAttribute::leading, NSLayoutAttribute::leading},
+    {NSLayoutAttribute::bottom, NSLayoutAttribute::bottom},
+    {NSLayoutAttribute::trailing, NSLayoutAttribute::trailing}};
 
 /// Controller and locator keep each other for the life of the process.
 std::vector<std::shared_ptr<ViewController>> &kept()
@@ -211,6 +280,254 @@ TEST_F(ViewControllerTest, StartsAndStopsThroughItsButtons)
     EXPECT_TRUE(printed.contains("AUEnginePlayer: Audio engine stopping."));
 }
 
+/// A screen whose view is loaded, with the effect searched for.
+class LoadedViewController : public ViewControllerTest
+{
+protected:
+    void SetUp() override
+    {
+        for (const char *name : {"Main.ui", "Help.ui"})
+            std::filesystem::copy(std::filesystem::path(RESOURCE_DIRECTORY) / name,
+                                  resources.path());
+        std::ofstream(resources.path() / "manual.pdf") << test::pdfDocument("The Manual");
+        Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(resources.path().string())));
+        open = std::make_shared<OpenViewController>("Main", nullptr);
+        controller = open;
+        kept().push_back(controller);
+        load();
+        before = printed.lines().size();
+    }
+
+    /// The lines since the screen was loaded.
+    std::vector<std::string> newLines() const
+    {
+        const auto lines = printed.lines();
+        return {lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end()};
+    }
+
+    const test::TemporaryFolder resources;
+    std::shared_ptr<OpenViewController> open;
+    std::size_t before = 0;
+};
+
+TEST_F(LoadedViewController, EmbedsTheEffectsView)
+{
+    const auto effect = std::make_shared<EffectView>();
+    controller->pluginView->setFrame(CGRect(0, 0, 640.5, 480));
+    controller->onFoundComponent(unitWith(effect));
+    EXPECT_THAT(newLines(), ElementsAre(loadingInterface));
+    EXPECT_THAT(controller->children(), ElementsAre(effect));
+    EXPECT_EQ(effect->movedTo, controller);
+    EXPECT_TRUE(effect->wasInsideWhenMoved);
+    EXPECT_EQ(effect->view()->superview(), controller->pluginView);
+    EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 640.5, 480));
+    EXPECT_FALSE(effect->view()->translatesAutoresizingMaskIntoConstraints);
+    EXPECT_EQ(tiesOf(*controller->pluginView), allEdges);
+    EXPECT_EQ(open->audioUnitViewController, nullptr) << "Nothing keeps it but its parent.";
+}
+
+TEST_F(LoadedViewController, ShowsTheEffectsViewAtThePressOfAButton)
+{
+    const test::ShownScreen screen(controller);
+    const auto effect = std::make_shared<EffectView>();
+    controller->onFoundComponent(unitWith(effect));
+    const auto isSeen = [&] { return effect->view()->widget().get().get_mapped(); };
+    EXPECT_FALSE(isSeen());
+    const CGRect area = controller->pluginView->frame();
+    EXPECT_GT(area.size.width, 300);
+    EXPECT_EQ(effect->view()->frame(), controller->pluginView->bounds());
+
+    controller->buttonUnit->sendActions();
+    EXPECT_TRUE(test::shows([&] {
+        return test::ShownScreen::drawnFrame(*effect->view(), *controller->view()) == area;
+    }));
+    EXPECT_EQ(controller->pluginView->frame(), area) << "Nothing moves for the effect.";
+    controller->buttonUnit->sendActions();
+    EXPECT_TRUE(test::shows([&] { return !isSeen(); }));
+}
+
+TEST_F(LoadedViewController, TellsOfAnEffectWithoutAView)
+{
+    controller->onFoundComponent(unitWith(std::make_shared<EffectView>(false)));
+    controller->onFoundComponent(unitWith(nullptr));
+    EXPECT_THAT(newLines(), ElementsAre(loadingInterface, noView, loadingInterface, noView));
+    EXPECT_THAT(controller->children(), ::testing::IsEmpty());
+}
+
+TEST_F(LoadedViewController, EmbedsTheViewThatTheLocatorHolds)
+{
+    const auto effect = std::make_shared<EffectView>();
+    open->audioUnitManager->viewController = effect;
+    controller->pluginView->setFrame(CGRect(0, 0, 400, 300));
+    open->embedPlugInView();
+    EXPECT_THAT(newLines(), ::testing::IsEmpty());
+    EXPECT_EQ(effect->parent(), controller);
+    EXPECT_EQ(effect->movedTo, controller);
+    EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 400, 300));
+    EXPECT_EQ(tiesOf(*controller->pluginView), allEdges);
+}
+
+TEST_F(LoadedViewController, EmbedsNothingWithoutAView)
+{
+    open->audioUnitManager->viewController = std::make_shared<EffectView>(false);
+    open->embedPlugInView();
+    EXPECT_THAT(controller->children(), ::testing::IsEmpty());
+    EXPECT_THAT(controller->pluginView->subviews(), ::testing::IsEmpty());
+}
+
+TEST_F(LoadedViewController, CannotShapeTheViewThatItHasNot)
+{
+    const CGRect frame = controller->pluginView->frame();
+    open->resetPluginView(800, 600);
+    controller->centerPluginView();
+    EXPECT_THAT(newLines(), ElementsAre("WARNING: Cannot reset the pluginview (yet).",
+                                        "WARNING: Cannot reset the pluginview (yet)."));
+    EXPECT_EQ(controller->pluginView->frame(), frame);
+}
+
+/// With an effect's view to give a shape to.
+class ShapedView : public LoadedViewController
+{
+protected:
+    void SetUp() override
+    {
+        LoadedViewController::SetUp();
+        open->audioUnitViewController = effect;
+        controller->pluginView->addSubview(effect->view());
+    }
+
+    std::shared_ptr<EffectView> effect = std::make_shared<EffectView>();
+};
+
+TEST_F(ShapedView, IsCentredInLandscape)
+{
+    controller->view()->setFrame(CGRect(0, 0, 800, 1000));
+    open->resetPluginView(800, 600);
+    EXPECT_EQ(controller->pluginView->frame(), CGRect(0, 200, 800, 600));
+    EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 800, 600));
+}
+
+TEST_F(ShapedView, IsLandscapeWhereBothSidesAreEqual)
+{
+    controller->view()->setFrame(CGRect(0, 0, 600, 600));
+    open->resetPluginView(600, 600);
+    EXPECT_EQ(controller->pluginView->frame(), CGRect(0, 75, 600, 450));
+    EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 600, 450));
+}
+
+TEST_F(ShapedView, ReachesBeyondBothSidesInPortrait)
+{
+    controller->view()->setFrame(CGRect(0, 0, 300, 600));
+    open->resetPluginView(300, 600);
+    EXPECT_EQ(controller->pluginView->frame(), CGRect(-250, 0, 800, 600));
+    EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 800, 600));
+}
+
+TEST_F(ShapedView, TakesTheSizeOfTheScreen)
+{
+    controller->view()->setFrame(CGRect(5, 6, 1000, 800));
+    controller->centerPluginView();
+    EXPECT_EQ(controller->pluginView->frame(), CGRect(0, 25, 1000, 750));
+    EXPECT_THAT(newLines(), ::testing::IsEmpty());
+}
+
+TEST_F(ShapedView, IsDrawnAsWideAsItIs)
+{
+    const test::ShownScreen screen(controller);
+    controller->buttonUnit->sendActions();
+    controller->centerPluginView();
+    const CGSize size = controller->view()->bounds().size;
+    const CGRect frame(0, size.height * 0.5 - size.width * 0.75 * 0.5, size.width,
+                       size.width * 0.75);
+    EXPECT_EQ(controller->pluginView->frame(), frame);
+    EXPECT_TRUE(test::shows([&] {
+        const CGRect drawn =
+            test::ShownScreen::drawnFrame(*controller->pluginView, *controller->view());
+        return std::abs(drawn.origin.y - frame.origin.y) <= 0.5 &&
+               drawn.size.width == frame.size.width;
+    }));
+}
+
+TEST_F(LoadedViewController, TellsTheHelpScreenWhatToShow)
+{
+    const test::ShownScreen screen(controller);
+    controller->buttonHelp->sendActions();
+    EXPECT_THAT(newLines()[0], "ShowHelp");
+    EXPECT_NE(std::dynamic_pointer_cast<HelpViewController>(controller->presentedViewController()),
+              nullptr);
+}
+
+TEST_F(LoadedViewController, PreparesTheHelpScreen)
+{
+    class Prepared : public HelpViewController
+    {
+    public:
+        using HelpViewController::HelpViewController;
+        void prepareInfo(const std::string &which) override { identifiers.push_back(which); }
+        std::vector<std::string> identifiers;
+    };
+    const auto help = std::make_shared<Prepared>(std::nullopt, nullptr);
+    for (const std::string identifier : {"ShowInfo", "ShowHelp", "ShowOther", ""}) {
+        UIStoryboardSegue segue(identifier, controller, help);
+        controller->prepare(segue, nullptr);
+    }
+    UIStoryboardSegue nameless(std::nullopt, controller, help);
+    controller->prepare(nameless, nullptr);
+    EXPECT_THAT(newLines(), ElementsAre("ShowInfo", "ShowHelp", "ShowOther", ""));
+    EXPECT_THAT(help->identifiers, ElementsAre("ShowInfo", "ShowHelp"));
+}
+
+TEST_F(LoadedViewController, IgnoresTheDestinationOfAnUnknownSegue)
+{
+    UIStoryboardSegue segue("ShowOther", controller, std::make_shared<EffectView>());
+    controller->prepare(segue, nullptr);
+    EXPECT_THAT(newLines(), ElementsAre("ShowOther"));
+}
+
+TEST_F(LoadedViewController, AlertsAndHearsTheAnswer)
+{
+    const test::ShownScreen screen(controller);
+    for (const int response : {0, 1}) {
+        controller->alertMessage("Title", "Something happened");
+        GtkDialog *dialog = test::dialogToCome();
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_EQ(test::buttonText(dialog, 0), "OK");
+        EXPECT_EQ(test::buttonText(dialog, 1), "Cancel");
+        gtk_dialog_response(dialog, response);
+        ASSERT_TRUE(test::shows([] { return test::shownDialog() == nullptr; }));
+    }
+    EXPECT_THAT(newLines(), ElementsAre("Title: Something happened", "Alert was confirmed.",
+                                        "Title: Something happened", "Alert was canceled."));
+}
+
+TEST_F(LoadedViewController, AsksForAFolder)
+{
+    const test::ShownScreen screen(controller);
+    controller->openFilePicker();
+    GtkDialog *dialog = test::dialogToCome();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(gtk_file_chooser_get_action(GTK_FILE_CHOOSER(dialog)),
+              GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER);
+    EXPECT_FALSE(gtk_file_chooser_get_select_multiple(GTK_FILE_CHOOSER(dialog)));
+    gtk_dialog_response(dialog, GTK_RESPONSE_CANCEL);
+    EXPECT_THAT(newLines(), ElementsAre("The document picker was canceled."));
+}
+
+TEST_F(LoadedViewController, TellsWhatWasPicked)
+{
+    UIDocumentPickerViewController picker({"public.folder"}, UIDocumentPickerMode::open);
+    const auto first = URL::fileURLWithPath("/nowhere/My Music");
+    const auto second = URL::fileURLWithPath("/nowhere/b");
+    controller->documentPicker(picker, first);
+    controller->documentPicker(picker, std::vector{first, second});
+    controller->documentPicker(picker, std::vector<URL>{});
+    EXPECT_THAT(newLines(),
+                ElementsAre("documentPicker (didPickDocumentAt): /nowhere/My Music",
+                            "documentPicker: [file:///nowhere/My%20Music, file:///nowhere/b]",
+                            "documentPicker (didPickDocumentsAt): /nowhere/My Music",
+                            "documentPicker: []"));
+}
+
 class ViewControllerDeathTest : public ::testing::Test
 {
 protected:
@@ -236,6 +553,27 @@ TEST_F(ViewControllerDeathTest, NeedsAListOfDocumentsFolders)
         std::make_shared<ViewController>("Main", bundle)->loadViewIfNeeded();
     };
     EXPECT_DEATH(load(), "Fatal error: Index out of range");
+}
+
+TEST_F(ViewControllerDeathTest, NeedsAViewControllerToEmbed)
+{
+    const auto embed = [] {
+        const auto controller = std::make_shared<OpenViewController>(std::nullopt, nullptr);
+        controller->audioUnitManager = std::make_shared<AUExtensionManager>(controller);
+        controller->embedPlugInView();
+    };
+    EXPECT_DEATH(embed(), "Fatal error: ERROR: Could not load audio unit's view controller.");
+}
+
+TEST_F(ViewControllerDeathTest, NeedsTheHelpScreenAtTheEndOfItsSegues)
+{
+    const auto prepare = [] {
+        const auto controller = std::make_shared<ViewController>(std::nullopt, nullptr);
+        UIStoryboardSegue segue("ShowInfo", controller, controller);
+        controller->prepare(segue, nullptr);
+    };
+    EXPECT_DEATH(prepare(),
+                 "Fatal error: The segue 'ShowInfo' does not lead to a HelpViewController.");
 }
 
 TEST_F(ViewControllerDeathTest, NeedsALocatorToPlay)
