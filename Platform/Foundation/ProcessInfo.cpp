@@ -2,10 +2,15 @@
 
 #include "Platform/Foundation/FatalError.hpp"
 
-#include <filesystem>
-#include <system_error>
-
+#include <glib.h>
 #include <unistd.h>
+
+#include <atomic>
+#include <filesystem>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <system_error>
 
 namespace
 {
@@ -39,6 +44,16 @@ std::string ProcessInfo::processName() const
 std::int32_t ProcessInfo::processIdentifier() const
 {
     return getpid();
+}
+
+std::string ProcessInfo::globallyUniqueString() const
+{
+    static std::atomic<std::uint64_t> count{0};
+    const std::unique_ptr<gchar, decltype(&g_free)> random(g_uuid_string_random(), &g_free);
+    std::ostringstream text;
+    text << random.get() << '-' << processIdentifier() << '-' << std::hex << std::uppercase
+         << std::setfill('0') << std::setw(16) << count++;
+    return text.str();
 }
 
 std::string ProcessInfo::installationPrefix() const

@@ -13,6 +13,10 @@ public:
     std::string processName() const;
     std::int32_t processIdentifier() const;
 
+    /// Text that no other call answers, in this or any process: a random UUID (RFC 4122,
+    /// version 4), the process's number and how many were made before, in hexadecimal.
+    std::string globallyUniqueString() const;
+
     /// The folder that holds `bin` and `share` of this program, without a
     /// trailing slash: the root of its installation or of its build tree.
     std::string installationPrefix() const;

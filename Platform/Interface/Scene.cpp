@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Interface/UIButton.hpp"
+#include "Platform/Interface/UIImageView.hpp"
 #include "Platform/Interface/WKWebView.hpp"
 #include "Platform/Interface/Widget.hpp"
 
@@ -154,6 +155,8 @@ std::shared_ptr<UIView> Scene::makeView(Gtk::Widget &widget)
         return UIButton::create(std::move(handle));
     if (!isEmptyBox(widget))
         return std::make_shared<UIView>(std::move(handle));
+    if (widget.get_name() == "UIImageView")
+        return std::make_shared<UIImageView>(std::move(handle));
     if (widget.get_name() == "WKWebView")
         return std::make_shared<WKWebView>(std::move(handle));
     return std::shared_ptr<UIView>(new UIView(UIView::Box{std::move(handle)}));
