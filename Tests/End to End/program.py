@@ -6,6 +6,7 @@ import contextlib
 import os
 import pathlib
 import queue
+import re
 import shutil
 import subprocess
 import tempfile
@@ -19,6 +20,7 @@ PATIENCE = 60  # seconds; only a test that fails waits so long
 LOADED = "WARNING: Audio unit is nil (yet?)."
 STARTING = "AUEnginePlayer: Audio engine starting."
 STOPPING = "AUEnginePlayer: Audio engine stopping."
+DISK_DRIVER = re.compile(r"CRITICAL: +(You are using the SDL disk|Writing to file \[)")
 
 
 class Display:
@@ -68,6 +70,7 @@ class Installation:
         shutil.copytree(self.build / "share" / "parvane-host", self.resources,
                         ignore=shutil.ignore_patterns("*.m4a"))
         self._make_loops()
+        self.make_manual()
         return self
 
     def __exit__(self, *_):
@@ -83,6 +86,24 @@ class Installation:
              "-c:a", "aac", "-b:a", "128k", str(first)], check=True)
         for number in range(2, 81):
             shutil.copy2(first, self.resources / f"{number}.m4a")
+
+    def make_manual(self):
+        """One page in magenta, which nothing else on the screen has."""
+        content = b"1 0 1 rg 0 0 595 842 re f"
+        objects = [b"<</Type/Catalog/Pages 2 0 R>>",
+                   b"<</Type/Pages/Kids[3 0 R]/Count 1>>",
+                   b"<</Type/Page/Parent 2 0 R/MediaBox[0 0 595 842]/Contents 4 0 R"
+                   b"/Resources<<>>>>",
+                   b"<</Length %d>>stream\n%s\nendstream" % (len(content), content)]
+        document = b"%PDF-1.4\n"
+        table = b"0000000000 65535 f \n"
+        for number, each in enumerate(objects, 1):
+            table += b"%010d 00000 n \n" % len(document)
+            document += b"%d 0 obj\n%s\nendobj\n" % (number, each)
+        count = len(objects) + 1
+        document += (b"xref\n0 %d\n%strailer<</Size %d/Root 1 0 R>>\nstartxref\n%d\n%%%%EOF\n"
+                     % (count, table, count, len(document)))
+        (self.resources / "manual.pdf").write_bytes(document)
 
     def recording(self):
         """What reached the disk driver: samples of all channels, in turn."""
@@ -143,6 +164,12 @@ class Program:
                 raise AssertionError(f"'{text}' was not printed {count} times in:\n" +
                                      "\n".join(self.lines + self.errors)) from None
 
+    def drain(self):
+        """Reads the lines that have come so far."""
+        with contextlib.suppress(queue.Empty):
+            while True:
+                self.lines.append(self._arrived.get_nowait())
+
     def resident_memory(self):
         """In KiB."""
         status = pathlib.Path(f"/proc/{self.process.pid}/status").read_text(encoding="ascii")
@@ -168,8 +195,7 @@ class Program:
         status = self.process.wait(PATIENCE)
         for reader in self._readers:
             reader.join()
-        while not self._arrived.empty():
-            self.lines.append(self._arrived.get())
+        self.drain()
         self.process.stdout.close()
         self.process.stderr.close()
         return status
@@ -192,6 +218,30 @@ class Program:
     def shows(self, name):
         return self._find_button(name) is not None
 
+    def shows_text(self, text):
+        return self._find("ROLE_LABEL", text) is not None
+
+    def shows_colour(self, colour):
+        """Whether a good part of the screen has the colour, as three bytes."""
+        picture = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
+                                 capture_output=True, check=True).stdout
+        pixels = [picture[start:start + 3] for start in range(0, len(picture), 3)]
+        return pixels.count(colour) > len(pixels) // 20
+
+    def descendants(self):
+        """The processes that the program has started, and those that these have."""
+        parents = {}
+        for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+            with contextlib.suppress(OSError):
+                fields = stat.read_text(encoding="utf-8").rpartition(")")[2].split()
+                parents[int(stat.parent.name)] = int(fields[1])
+        found = {self.process.pid}
+        while True:
+            more = {pid for pid, parent in parents.items() if parent in found} - found
+            if not more:
+                return found - {self.process.pid}
+            found |= more
+
     def window(self):
         """The X window; its number is what xdotool takes."""
         def search():
@@ -207,14 +257,18 @@ class Program:
         subprocess.run(["xdotool", "windowfocus", "--sync", window, "key", keys], check=True)
 
     def _find_button(self, name):
+        return self._find("ROLE_PUSH_BUTTON", name)
+
+    def _find(self, role, name):
         # Not before there is a bus to look at.
         import pyatspi  # pylint: disable=import-outside-toplevel
         for application in pyatspi.Registry.getDesktop(0):
             with contextlib.suppress(Exception):
                 if application and application.get_process_id() == self.process.pid:
                     return pyatspi.findDescendant(
-                        application, lambda each: each.getRole() == pyatspi.ROLE_PUSH_BUTTON and
-                        each.name == name and each.getState().contains(pyatspi.STATE_VISIBLE))
+                        application, lambda each: each.getRole() == getattr(pyatspi, role) and
+                        each.name == name and each.getState().contains(pyatspi.STATE_VISIBLE) and
+                        each.getState().contains(pyatspi.STATE_SHOWING))
         return None
 
 
@@ -248,3 +302,9 @@ class EndToEndTest(unittest.TestCase):
         program = self.installation.run(lv2_path or self.effects, **environment)
         self.addCleanup(program.kill)
         return program
+
+    def check_faults(self, program):
+        # SDL announces its disk driver in this way.
+        self.assertEqual([line for line in program.errors if not DISK_DRIVER.match(line)], [])
+        left = [str(path) for path in self.installation.home.rglob("*")]
+        self.assertEqual(left, [], "The program left something in the home folder.")
