@@ -151,6 +151,8 @@ GtkWidget *WebKitPage::makeMessage()
     gtk_widget_add_css_class(GTK_WIDGET(messageTitle_), "title");
     GtkWidget *button = gtk_button_new_with_mnemonic("_Load Again");
     gtk_widget_set_halign(button, GTK_ALIGN_CENTER);
+    gtk_accessible_update_property(GTK_ACCESSIBLE(button), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   "Load Again", -1);
     g_signal_connect_swapped(button, "clicked", G_CALLBACK(+[](gpointer data) {
                                  auto *self = static_cast<WebKitPage *>(data);
                                  self->load(self->uriToLoadAgain_.c_str());

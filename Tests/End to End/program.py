@@ -262,13 +262,23 @@ class Program:
     def _find(self, role, name):
         # Not before there is a bus to look at.
         import pyatspi  # pylint: disable=import-outside-toplevel
+
+        def search(node):
+            # A page whose process has died leaves dead branches behind.
+            with contextlib.suppress(Exception):
+                if (node.getRole() == getattr(pyatspi, role) and node.name == name and
+                        node.getState().contains(pyatspi.STATE_VISIBLE)):
+                    return node
+                for index in range(node.childCount):
+                    found = search(node.getChildAtIndex(index))
+                    if found:
+                        return found
+            return None
+
         for application in pyatspi.Registry.getDesktop(0):
             with contextlib.suppress(Exception):
                 if application and application.get_process_id() == self.process.pid:
-                    return pyatspi.findDescendant(
-                        application, lambda each: each.getRole() == getattr(pyatspi, role) and
-                        each.name == name and each.getState().contains(pyatspi.STATE_VISIBLE) and
-                        each.getState().contains(pyatspi.STATE_SHOWING))
+                    return search(application)
         return None
 
 
