@@ -7,6 +7,7 @@
 #include "Platform/Interface/UIStoryboardSegue.hpp"
 #include "Tests/Platform/Interface/Dialogs.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
+#include "Tests/Platform/Interface/LeakCheck.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 #include "Tests/Utilities/PDFDocument.hpp"
@@ -502,6 +503,7 @@ TEST_F(LoadedViewController, AlertsAndHearsTheAnswer)
 
 TEST_F(LoadedViewController, AsksForAFolder)
 {
+    test::outgrowTheTableOfNames();
     const test::ShownScreen screen(controller);
     controller->openFilePicker();
     GtkDialog *dialog = test::dialogToCome();

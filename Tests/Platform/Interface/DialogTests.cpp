@@ -2,6 +2,7 @@
 #include "Platform/Interface/UIDocumentPickerViewController.hpp"
 #include "Tests/Platform/Interface/Dialogs.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
+#include "Tests/Platform/Interface/LeakCheck.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -128,6 +129,7 @@ class Picker : public DialogTest
 protected:
     void present(bool several)
     {
+        test::outgrowTheTableOfNames();
         const auto picker = std::make_shared<UIDocumentPickerViewController>(
             std::vector<std::string>{"public.folder"}, UIDocumentPickerMode::open);
         picker->delegate = picked;
