@@ -31,15 +31,27 @@ bool hasKeyboard(Gtk::Widget &widget)
     return focus && (focus == &widget || focus->is_ancestor(widget));
 }
 
+/// Gives the keyboard to the first child that is shown and takes it.
+bool focusChild(Gtk::Widget &container)
+{
+    for (auto *child = container.get_first_child(); child; child = child->get_next_sibling()) {
+        if (child->get_visible() && child->child_focus(Gtk::DirectionType::TAB_FORWARD))
+            return true;
+    }
+    return false;
+}
+
 /// Hiding what has the keyboard leaves nobody with it, and a person without a
-/// mouse would have to start again from the first control. So the container
-/// remembers that it owes the keyboard to the next of its children to be shown.
+/// mouse would have to start again from the first control. So a neighbour takes it;
+/// with none there, the container remembers that it owes the keyboard to the next of
+/// its children to be shown.
 void hide(Gtk::Widget &widget)
 {
     auto *container = widget.get_parent();
-    if (container && hasKeyboard(widget))
-        container->set_data(keyboardIsOwed, container);
+    const bool hadKeyboard = hasKeyboard(widget);
     widget.set_visible(false);
+    if (container && hadKeyboard && !focusChild(*container))
+        container->set_data(keyboardIsOwed, container);
 }
 
 void show(Gtk::Widget &widget)

@@ -55,7 +55,8 @@ public:
 
     /// A hidden view is not shown. A storyboard's plain view keeps its place; what
     /// else a storyboard places takes no room while hidden. When the view that has
-    /// the keyboard is hidden, the next of its neighbours to be shown takes it over.
+    /// the keyboard is hidden, a neighbour takes it over, if need be the next of them to
+    /// be shown.
     bool isHidden() const;
     void setHidden(bool hidden);
 

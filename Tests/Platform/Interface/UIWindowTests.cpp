@@ -110,6 +110,16 @@ TEST_F(UIWindowTest, HandsTheKeyboardToTheViewShownInPlaceOfAHiddenOne)
     EXPECT_TRUE(hasKeyboard(*other));
 }
 
+TEST_F(UIWindowTest, HandsTheKeyboardToTheNeighbourOfAHiddenView)
+{
+    const auto other = controller->view()->subviews()[2];
+    showController();
+    other->widget().get().set_sensitive(true);
+    controller->second->widget().get().grab_focus();
+    controller->second->setHidden(true);
+    EXPECT_TRUE(hasKeyboard(*other));
+}
+
 TEST_F(UIWindowTest, LeavesTheKeyboardWhereItIsWhenAnotherViewIsShown)
 {
     showController();
