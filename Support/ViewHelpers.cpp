@@ -89,11 +89,11 @@ void pinToSuperviewEdges(UIView &view)
          view.trailingAnchor().constraintEqualTo(superview->trailingAnchor())});
 }
 
-void loadFrom(UIImageView &view, const std::string &URLAddress)
+void loadFrom(UIImageView &view, const std::string &urlAddress)
 {
-    const auto url = URL::fromString(URLAddress);
+    const auto url = URL::fromString(urlAddress);
     if (!url) {
-        debugprint("UIImageView::loadFrom() : Could not encode url string : " + URLAddress);
+        debugprint("UIImageView::loadFrom() : Could not encode url string : " + urlAddress);
         return;
     }
     DispatchQueue::main().async(

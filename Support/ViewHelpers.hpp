@@ -18,7 +18,7 @@ void pinToSuperviewEdges(UIView &view);
 /// Shows the picture that is at an address, a file or one of the web. It is read on
 /// the main queue, which waits for it; what goes wrong is printed, and the view stays
 /// as it is. Main thread.
-void loadFrom(UIImageView &view, const std::string &URLAddress);
+void loadFrom(UIImageView &view, const std::string &urlAddress);
 
 /// The same without anybody waiting. The view lives until the end of it. Of an answer
 /// with the status 200 it shows the picture, or none where there is no picture in it;

@@ -39,7 +39,7 @@ unsigned wholeSeconds(double interval)
     return interval > 1 ? static_cast<unsigned>(std::ceil(std::min(interval, longest))) : 1;
 }
 
-void fetch(const URLRequest &request, URLSession::Completion completion)
+void fetch(const URLRequest &request, const URLSession::Completion &completion)
 {
     try {
         platform::foundation::httpFunctions().fetchLater(

@@ -49,8 +49,8 @@ bool NSLayoutConstraint::isActive() const
 
 std::shared_ptr<UIView> NSLayoutConstraint::commonView() const
 {
-    const auto first = firstItem();
-    const auto second = secondItem();
+    auto first = firstItem();
+    auto second = secondItem();
     if (!first || !second || first == second)
         return nullptr;
     if (first->superview() == second)

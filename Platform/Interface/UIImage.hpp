@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace Gdk
+namespace Gdk // NOLINT(readability-identifier-naming): the library's
 {
 class Texture;
 }

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace Gtk
+namespace Gtk // NOLINT(readability-identifier-naming): the library's
 {
 class Picture;
 }

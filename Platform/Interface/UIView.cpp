@@ -99,7 +99,7 @@ void forEachController(const UIView &view,
         return;
     }
     // A copy, since what is told may change the tree.
-    const auto subviews = view.subviews();
+    const std::vector subviews(view.subviews().begin(), view.subviews().end());
     for (const auto &subview : subviews)
         forEachController(*subview, of, action);
 }

@@ -57,6 +57,7 @@ CGRect boundsWithin(GtkWidget *widget, GtkWidget *owner)
 
 std::shared_ptr<ViewLayout> ViewLayout::install(UIView &view)
 {
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the pointer takes it over
     auto layout = Glib::make_refptr_for_instance(new ViewLayout(view));
     view.widget().get().set_layout_manager(layout);
     return layout;

@@ -14,7 +14,6 @@
 
 using platform::interface::MakeWebPage;
 using platform::interface::WebAnswer;
-using platform::interface::WebPage;
 using platform::interface::Widget;
 
 namespace
