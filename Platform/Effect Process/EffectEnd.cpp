@@ -6,7 +6,6 @@
 #include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <span>
 #include <utility>
@@ -54,7 +53,6 @@ void EffectEnd::serve() noexcept
 bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
 {
     LinkHeader &header = memory_.header();
-    const auto begun = std::chrono::steady_clock::now();
     const auto isAsked = [&] { return header.request.load(std::memory_order_acquire) != served; };
     if (!spin_.spin(isAsked)) {
         header.effectSleeps.store(1);
@@ -62,7 +60,6 @@ bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
             futexWait(header.request, served);
         header.effectSleeps.store(0, std::memory_order_relaxed);
     }
-    spin_.learn(std::chrono::steady_clock::now() - begun);
     return !ending_.load();
 }
 

@@ -91,6 +91,7 @@ private:
     // Events are copied before they are looked at: the effect could change them.
     std::vector<std::byte> outputEvents_;
     SpinBudget spin_;
+    bool effectSlept_ = false; // when it was asked
 
     std::atomic<std::uint32_t> sequence_{0}; // of the block that was asked for last
     bool isTaken_ = true;                    // its answer has been

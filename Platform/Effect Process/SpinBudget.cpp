@@ -8,7 +8,7 @@ namespace platform::effect
 std::chrono::nanoseconds usualSpin()
 {
     using std::chrono::microseconds;
-    return std::thread::hardware_concurrency() > 1 ? microseconds(12) : microseconds(0);
+    return std::thread::hardware_concurrency() > 1 ? microseconds(100) : microseconds(0);
 }
 
 } // namespace platform::effect

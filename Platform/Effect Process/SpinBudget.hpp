@@ -12,9 +12,10 @@ namespace platform::effect
 {
 
 /// How long to look again and again for what the other process is about to do,
-/// before the kernel is asked to wait. That pays where the wait is shorter than
-/// what sleeping and waking take, and costs the wait itself in processor time; so
-/// it follows how long the last waits were.
+/// before the kernel is asked to wait. That pays where it happens within the time
+/// that sleeping and waking would take, and is lost processor time where it does
+/// not: so it is done for as long as it mostly succeeds, and tried again from time
+/// to time.
 class SpinBudget
 {
 public:
@@ -24,12 +25,41 @@ public:
     /// Looks whether `isDone()` until it is, or the budget is spent. Answers
     /// whether it is.
     template <typename IsDone>
-    REALTIME bool spin(IsDone isDone) const noexcept
+    REALTIME bool spin(IsDone isDone) noexcept
     {
         if (isDone())
             return true;
-        if (average_ > most_)
+        if (!isWorthwhile())
             return false;
+        const bool isInTime = look(isDone);
+        score_ += isInTime ? (fullScore - score_) / memory : -score_ / memory;
+        return isInTime;
+    }
+
+private:
+    // The clock is read after so many looks.
+    static constexpr int looksPerGlance = 8;
+    // How many waits are skipped before spinning is tried again.
+    static constexpr int skipped = 64;
+    // The score moves by one part in so many.
+    static constexpr int memory = 8;
+    static constexpr int fullScore = 1024;
+
+    bool isWorthwhile() noexcept
+    {
+        if (most_.count() == 0)
+            return false;
+        if (score_ >= fullScore / 2)
+            return true;
+        if (++skips_ < skipped)
+            return false;
+        skips_ = 0;
+        return true;
+    }
+
+    template <typename IsDone>
+    bool look(IsDone isDone) const noexcept
+    {
         const auto end = std::chrono::steady_clock::now() + most_;
         do {
             for (int i = 0; i < looksPerGlance; ++i) {
@@ -41,16 +71,6 @@ public:
         return isDone();
     }
 
-    /// Notes how long a wait was in the end.
-    REALTIME void learn(std::chrono::nanoseconds waited) noexcept
-    {
-        average_ += (waited - average_) / 8;
-    }
-
-private:
-    // The clock is read after so many looks.
-    static constexpr int looksPerGlance = 8;
-
     static void relax() noexcept
     {
 #if defined(__SSE2__)
@@ -61,11 +81,12 @@ private:
     }
 
     std::chrono::nanoseconds most_;
-    std::chrono::nanoseconds average_{0};
+    int score_ = fullScore;
+    int skips_ = 0;
 };
 
-/// What spinning may take on this machine: nothing where the other process could
-/// not run meanwhile.
+/// For ends that render block after block as fast as they can: each is about to act
+/// while the other looks. Nothing where the two could not run at a time.
 std::chrono::nanoseconds usualSpin();
 
 } // namespace platform::effect
