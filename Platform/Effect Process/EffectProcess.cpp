@@ -121,6 +121,8 @@ void EffectProcess::endByForce()
 {
     const Lock lock(mutex_);
     isEnding_ = true;
+    // Whoever supervises it has nothing to tell of this.
+    stayDown(lock, "The program ends.");
     if (child_) {
         child_->kill();
         // Until then it could still write files.
