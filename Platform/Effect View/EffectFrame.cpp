@@ -3,7 +3,6 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 
 #include <gtkmm/box.h>
-#include <gtkmm/scrollbar.h>
 
 #include <algorithm>
 #include <utility>
@@ -16,23 +15,10 @@ namespace
 
 constexpr int messageSpacing = 12;
 
-int widthOf(const Gtk::Widget &widget)
-{
-    int minimum = 0;
-    int natural = 0;
-    int baseline = -1;
-    widget.measure(Gtk::Orientation::HORIZONTAL, -1, minimum, natural, baseline, baseline);
-    return minimum;
-}
-
-int heightOf(const Gtk::Widget &widget)
-{
-    int minimum = 0;
-    int natural = 0;
-    int baseline = -1;
-    widget.measure(Gtk::Orientation::VERTICAL, -1, minimum, natural, baseline, baseline);
-    return minimum;
-}
+// How far a view that can be resized is brought to the size of its place. One that
+// would be too small to be read scrolls instead.
+constexpr double smallestFactor = 0.75;
+constexpr double largestFactor = 2.0;
 
 /// Windows are destroyed on the main thread, whoever is the last to need them.
 std::shared_ptr<void> keptForMainThread(std::shared_ptr<FrameWindow> window)
@@ -163,19 +149,14 @@ void EffectFrame::fitView()
     if (room == fitted_ || room.width <= 0 || room.height <= 0)
         return;
     fitted_ = room;
-    Extent left{room.width * scale_, room.height * scale_};
-    const auto width = static_cast<int>(natural_->width);
-    const auto height = static_cast<int>(natural_->height);
-    // Where it has to scroll one way it loses a little the other way.
-    if (height > left.height)
-        left.width -= widthOf(*scroller_.get_vscrollbar()) * scale_;
-    if (width > left.width)
-        left.height -= heightOf(*scroller_.get_hscrollbar()) * scale_;
-    const auto length = [](int natural, int available) {
-        return std::min(static_cast<std::uint32_t>(std::max(natural, available)),
-                        lv2::ViewSize::largest);
+    const double across = room.width * scale_ / static_cast<double>(natural_->width);
+    const double down = room.height * scale_ / static_cast<double>(natural_->height);
+    // In its own shape: views that stretch one way only look odd.
+    const double factor = std::clamp(std::min(across, down), smallestFactor, largestFactor);
+    const auto length = [factor](std::uint32_t natural) {
+        return std::clamp(static_cast<std::uint32_t>(natural * factor), 1U, lv2::ViewSize::largest);
     };
-    const lv2::ViewSize wanted{length(width, left.width), length(height, left.height)};
+    const lv2::ViewSize wanted{length(natural_->width), length(natural_->height)};
     if (wanted != status_.size)
         view_->resize(wanted);
 }

@@ -45,19 +45,22 @@ void EffectViewController::viewWillAppear(bool animated)
 {
     AUViewController::viewWillAppear(animated);
     // A page that slides away still covers the view; one that is there at once does not.
-    frame_->setCovered(animated);
+    if (frame_)
+        frame_->setCovered(animated);
 }
 
 void EffectViewController::viewDidAppear(bool animated)
 {
     AUViewController::viewDidAppear(animated);
-    frame_->setCovered(false);
+    if (frame_)
+        frame_->setCovered(false);
 }
 
 void EffectViewController::viewWillDisappear(bool animated)
 {
     AUViewController::viewWillDisappear(animated);
-    frame_->setCovered(true);
+    if (frame_)
+        frame_->setCovered(true);
 }
 
 } // namespace platform::effectview

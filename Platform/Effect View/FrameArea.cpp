@@ -41,6 +41,18 @@ graphene_rect_t seenPart(GtkWidget *of, GtkWidget *within)
     return seen;
 }
 
+unsigned long backgroundOf(GtkWidget *widget)
+{
+    GdkRGBA colour{};
+    if (!gtk_style_context_lookup_color(gtk_widget_get_style_context(widget), "theme_bg_color",
+                                        &colour))
+        return 0;
+    const auto part = [](float value) {
+        return static_cast<unsigned long>(std::lround(std::clamp(value, 0.0F, 1.0F) * 255.0F));
+    };
+    return part(colour.red) << 16U | part(colour.green) << 8U | part(colour.blue);
+}
+
 int pixels(double points, int scale)
 {
     return static_cast<int>(std::lround(points * scale));
@@ -155,6 +167,7 @@ void FrameArea::makeWindow()
     // GTK's window is on another connection, and may still be on its way.
     gdk_display_sync(display);
     window_->attach(gdk_x11_surface_get_xid(surface));
+    window_->setBackground(backgroundOf(gobj()));
 }
 
 void FrameArea::follow()

@@ -41,16 +41,13 @@ unsigned long makeWindow(Display *display, unsigned long parent)
 {
     const int screen = DefaultScreen(display);
     XSetWindowAttributes attributes{};
-    // What is there is left as it is until the view has drawn.
-    attributes.background_pixmap = None;
     attributes.border_pixel = 0;
     attributes.colormap = DefaultColormap(display, screen);
     // No window manager is to frame it while it is nowhere.
     attributes.override_redirect = True;
     return XCreateWindow(display, parent, 0, 0, 1, 1, 0, DefaultDepth(display, screen), InputOutput,
                          DefaultVisual(display, screen),
-                         CWBackPixmap | CWBorderPixel | CWColormap | CWOverrideRedirect,
-                         &attributes);
+                         CWBorderPixel | CWColormap | CWOverrideRedirect, &attributes);
 }
 
 } // namespace
@@ -123,6 +120,20 @@ void FrameWindow::show(const Placement &placement)
         XMapRaised(x, outer_);
     placement_ = placement;
     isShown_ = true;
+    connection_.flush();
+}
+
+void FrameWindow::setBackground(unsigned long colour)
+{
+    XColor allocated{};
+    allocated.red = static_cast<unsigned short>((colour >> 16U & 0xFFU) * 0x101U);
+    allocated.green = static_cast<unsigned short>((colour >> 8U & 0xFFU) * 0x101U);
+    allocated.blue = static_cast<unsigned short>((colour & 0xFFU) * 0x101U);
+    Display *x = connection_.get();
+    if (XAllocColor(x, DefaultColormap(x, DefaultScreen(x)), &allocated) == 0)
+        return;
+    XSetWindowBackground(x, outer_, allocated.pixel);
+    XSetWindowBackground(x, inner_, allocated.pixel);
     connection_.flush();
 }
 

@@ -54,6 +54,9 @@ public:
     void show(const Placement &placement);
     void hide();
 
+    /// What is seen where the view has not drawn yet, 0xRRGGBB.
+    void setBackground(unsigned long colour);
+
     /// Gives the keyboard to the view, if it can be seen. Clicking it does so, too.
     void takeKeyboard();
     /// Gives the keyboard to whom it was taken from, if the view has it.

@@ -9,7 +9,7 @@
 #include "Platform/Audio/AVAudioUnitComponentManager.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
-#include "Tests/Conformance/ShownView.hpp"
+#include "Tests/Platform/Effect View/ShownView.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 
 #include <fmt/format.h>
@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -33,6 +34,9 @@ using Clock = std::chrono::steady_clock;
 // How long a view may take to draw something, in seconds.
 constexpr double timeToDraw = 0.4;
 
+// OpenGL without a graphics card takes long to begin.
+constexpr std::chrono::seconds timeToBeginDrawing{8};
+
 struct Finding {
     std::string verdict = {};
     platform::lv2::ViewSize size = {};
@@ -45,6 +49,15 @@ struct Finding {
 struct Order {
     std::optional<std::filesystem::path> pictures;
     std::vector<std::string> plugins;
+
+    void savePicture(const ShownView &shown, std::string name, const std::string &suffix) const
+    {
+        if (!pictures)
+            return;
+        std::replace_if(
+            name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
+        shown.x.savePicture(*pictures / (name + suffix + ".ppm"));
+    }
 };
 
 Order parse(std::span<char *> arguments)
@@ -61,13 +74,15 @@ Order parse(std::span<char *> arguments)
 }
 
 /// What came of the steps after opening; empty when all went well.
-std::string walkThrough(ShownView &shown, RemoteAudioUnit &unit, Finding &finding)
+std::string walkThrough(ShownView &shown, RemoteAudioUnit &unit, Finding &finding,
+                        const std::function<void()> &whenResized)
 {
     shown.resize(1100, 760);
     test::serveMainThreadFor(timeToDraw);
     if (shown.phase() != ShownView::Phase::open)
         return "gone after resizing";
     finding.resized = shown.status().size;
+    whenResized();
     const auto outer = shown.outer();
     shown.setHidden(true);
     if (!shown.waitUntil([&] { return !shown.x.isViewable(outer); }))
@@ -103,15 +118,15 @@ Finding check(const AVAudioUnitComponent &component, const Order &order)
         finding.openMilliseconds =
             std::chrono::duration<double, std::milli>(Clock::now() - begun).count();
         finding.size = shown.status().size;
-        test::serveMainThreadFor(timeToDraw);
-        finding.colours = shown.x.colours(shown.outer());
-        if (order.pictures) {
-            std::string name = component.pluginURI();
-            std::replace_if(
-                name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
-            shown.x.savePicture(*order.pictures / (name + ".ppm"));
+        const auto patience = Clock::now() + timeToBeginDrawing;
+        while (finding.colours <= 1 && Clock::now() < patience) {
+            test::serveMainThreadFor(timeToDraw);
+            finding.colours = shown.x.colours(shown.outer());
         }
-        const std::string trouble = walkThrough(shown, unit, finding);
+        order.savePicture(shown, component.pluginURI(), "");
+        const std::string trouble = walkThrough(shown, unit, finding, [&] {
+            order.savePicture(shown, component.pluginURI(), " resized");
+        });
         finding.isFine = trouble.empty() && finding.colours > 1;
         finding.verdict = !trouble.empty()       ? trouble
                           : finding.colours <= 1 ? "open, but nothing is drawn"

@@ -150,6 +150,18 @@ XWindows::Window XWindows::focus() const
     return window;
 }
 
+void XWindows::sendClick(Window window, unsigned int button)
+{
+    XEvent event{};
+    event.xbutton.type = ButtonPress;
+    event.xbutton.window = window;
+    event.xbutton.root = root();
+    event.xbutton.button = button;
+    event.xbutton.same_screen = True;
+    XSendEvent(display_.get(), window, False, ButtonPressMask, &event);
+    XSync(display_.get(), False);
+}
+
 std::size_t XWindows::colours(Window window) const
 {
     const Image image = imageOf(display_.get(), window);

@@ -47,6 +47,8 @@ public:
     /// A text property; empty without it.
     std::string text(Window window, const std::string &property) const;
     Window focus() const;
+    /// Tells the window of a click as if somebody had made it there.
+    void sendClick(Window window, unsigned int button);
 
     /// How many colours are seen in a window that is shown, 0 when that fails.
     std::size_t colours(Window window) const;

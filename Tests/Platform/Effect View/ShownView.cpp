@@ -1,4 +1,4 @@
-#include "Tests/Conformance/ShownView.hpp"
+#include "Tests/Platform/Effect View/ShownView.hpp"
 
 #include "Platform/Foundation/RunLoop.hpp"
 #include "Platform/Interface/UIView.hpp"
