@@ -55,6 +55,9 @@ bool EffectServer::run()
             requests.pop_front();
             handle(std::move(request));
         }
+        // Behind the answer: the sound does not wait for a view that comes back.
+        if (hosted_)
+            view_.resume(*hosted_);
         // Once between two looks at the socket: a slow view delays no request by more.
         sendSettingsWhenDue(view_.turn());
     }
@@ -162,20 +165,9 @@ void EffectServer::prepare(const Preparation &preparation, FileDescriptor memory
     link_.reset();
     hosted().instance().setOffline(preparation.isOffline);
     if (!hosted().isPrepared(preparation.sampleRate, preparation.maximumFrames))
-        replaceInstance(preparation);
+        view_.suspend();
+    hosted().prepare(preparation.sampleRate, preparation.maximumFrames);
     connect(preparation, std::move(memory));
-}
-
-void EffectServer::replaceInstance(const Preparation &preparation)
-{
-    view_.suspend();
-    try {
-        hosted().prepare(preparation.sampleRate, preparation.maximumFrames);
-    } catch (...) {
-        view_.resume(hosted());
-        throw;
-    }
-    view_.resume(hosted());
 }
 
 void EffectServer::connect(const Preparation &preparation, FileDescriptor memory)

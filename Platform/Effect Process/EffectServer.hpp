@@ -36,7 +36,6 @@ private:
     std::vector<std::byte> perform(Message &request);
     std::vector<std::byte> instantiate(Message &request);
     void prepare(const Preparation &preparation, FileDescriptor memory);
-    void replaceInstance(const Preparation &preparation);
     void connect(const Preparation &preparation, FileDescriptor memory);
     void sendMidi(const std::vector<std::vector<std::uint8_t>> &messages);
     bool loadPreset(std::span<const std::byte> body);

@@ -17,7 +17,7 @@ void ViewServer::open(std::uint64_t number, const ViewPlace &place, lv2::HostedP
 
 void ViewServer::resume(lv2::HostedPlugin &hosted)
 {
-    if (place_)
+    if (place_ && !view_)
         show(hosted);
 }
 

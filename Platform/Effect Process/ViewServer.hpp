@@ -35,7 +35,7 @@ public:
 
     /// Closes the view because its instance is about to go.
     void suspend() { view_.reset(); }
-    /// Opens it again for the next one.
+    /// Opens it again, for the instance that is there now, if it was closed so.
     void resume(lv2::HostedPlugin &hosted);
 
     /// Readable when the view has something to do; -1 without one.

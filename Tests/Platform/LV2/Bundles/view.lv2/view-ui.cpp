@@ -5,6 +5,7 @@
 #include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/options/options.h>
+#include <lv2/parameters/parameters.h>
 #include <lv2/ui/ui.h>
 
 #include <cstdlib>
@@ -87,6 +88,7 @@ private:
     {
         const LV2_URID scale = testplugin::map(features, LV2_UI__scaleFactor);
         const LV2_URID rate = testplugin::map(features, LV2_UI__updateRate);
+        const LV2_URID sampleRate = testplugin::map(features, LV2_PARAMETERS__sampleRate);
         const auto *option =
             testplugin::feature<LV2_Options_Option>(features, LV2_OPTIONS__options);
         for (; option->key != 0; ++option) {
@@ -94,6 +96,8 @@ private:
                 std::memcpy(&scale_, option->value, sizeof scale_);
             else if (option->key == rate)
                 std::memcpy(&rate_, option->value, sizeof rate_);
+            else if (option->key == sampleRate)
+                std::memcpy(&sampleRate_, option->value, sizeof sampleRate_);
         }
     }
 
@@ -134,7 +138,8 @@ private:
     {
         const auto text = "gain=" + number(gain_) + " peak=" + number(peak_) +
                           " answer=" + answer_ + " scale=" + number(scale_) +
-                          " rate=" + number(rate_) + " instance=" + (hasInstance_ ? "yes" : "no");
+                          " rate=" + number(rate_) + " instance=" + (hasInstance_ ? "yes" : "no") +
+                          " hertz=" + number(sampleRate_);
         XChangeProperty(display_, window_, XInternAtom(display_, "VIEW_REPORT", False), XA_STRING,
                         8, PropModeReplace, reinterpret_cast<const unsigned char *>(text.data()),
                         static_cast<int>(text.size()));
@@ -157,6 +162,7 @@ private:
     float peak_ = -1;
     float scale_ = -1;
     float rate_ = -1;
+    float sampleRate_ = -1;
     bool hasInstance_ = false;
     std::string answer_ = "none";
     int idles_ = 0;
