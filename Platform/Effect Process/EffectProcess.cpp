@@ -468,6 +468,7 @@ void EffectProcess::takeMessage(Message message)
     }
     case MessageKind::viewResized:
     case MessageKind::viewClosed:
+    case MessageKind::viewWaits:
     case MessageKind::viewLives:
         view_->take(message);
         break;
@@ -542,8 +543,8 @@ void EffectProcess::checkLink()
     hangsSeen_ = slot_.overdue() > limits_.audio ? hangsSeen_ + 1 : 0;
     if (hangsSeen_ == 2)
         fault(lock, "gave no audio for " + seconds(limits_.audio));
-    if (view_->isOverdue(limits_.request))
-        fault(lock, "gave no sign of life from its view for " + seconds(limits_.request));
+    if (view_->isOverdue(limits_.request, limits_.instantiation))
+        fault(lock, "gave no sign of life from its view");
 }
 
 void EffectProcess::fault(const Lock & /*held*/, const std::string &what)

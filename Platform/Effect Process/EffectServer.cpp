@@ -46,8 +46,7 @@ EffectServer::~EffectServer() = default;
 bool EffectServer::run()
 {
     while (!isEnding_) {
-        if (!waitForNews())
-            continue;
+        waitForNews();
         if (!socket_.receive())
             return false;
         for (auto &requests = socket_.received(); !requests.empty() && !isEnding_;) {
@@ -64,21 +63,18 @@ bool EffectServer::run()
     return true;
 }
 
-bool EffectServer::waitForNews()
+void EffectServer::waitForNews()
 {
     std::array<pollfd, 2> news{
         {{socket_.descriptor(), POLLIN, 0}, {view_.descriptor(), POLLIN, 0}}};
-    auto deadline = view_.deadline();
-    if (settingsAreDue_)
-        deadline = deadline ? std::min(*deadline, *settingsAreDue_) : *settingsAreDue_;
-    timespec wait{};
-    if (deadline) {
-        using namespace std::chrono;
-        const auto left =
-            std::max(duration_cast<nanoseconds>(*deadline - ViewServer::Clock::now()), 0ns);
-        wait = {static_cast<time_t>(left / 1s), static_cast<long>((left % 1s).count())};
-    }
-    ::ppoll(news.data(), news.size(), deadline ? &wait : nullptr, nullptr);
+    auto deadline = ViewServer::Clock::now() + lookAtSocket;
+    deadline = std::min(deadline, view_.deadline().value_or(deadline));
+    deadline = std::min(deadline, settingsAreDue_.value_or(deadline));
+    using namespace std::chrono;
+    const auto left =
+        std::max(duration_cast<nanoseconds>(deadline - ViewServer::Clock::now()), 0ns);
+    const timespec wait{static_cast<time_t>(left / 1s), static_cast<long>((left % 1s).count())};
+    ::ppoll(news.data(), news.size(), &wait, nullptr);
 }
 
 bool EffectServer::handleView(const Message &wish)

@@ -156,6 +156,9 @@ void EffectView::take(const Message &message)
         status_.isResizable = shape.isResizable;
         setPhase(Phase::open);
         sendWish();
+    } else if (message.kind == MessageKind::viewWaits) {
+        if (message.number == number_ && status_.phase == Phase::open)
+            setPhase(Phase::opening);
     } else if (message.kind == MessageKind::viewClosed) {
         const std::string reason = checkedText(message.body);
         usedWindows_.erase(message.number);
@@ -167,10 +170,11 @@ void EffectView::take(const Message &message)
     tell(std::move(lock));
 }
 
-bool EffectView::isOverdue(std::chrono::milliseconds limit)
+bool EffectView::isOverdue(std::chrono::milliseconds limit, std::chrono::milliseconds openingLimit)
 {
     const Lock lock(mutex_);
-    return isThere() && socket_ && Clock::now() - lastSign_ > limit;
+    return isThere() && socket_ &&
+           Clock::now() - lastSign_ > (status_.phase == Phase::opening ? openingLimit : limit);
 }
 
 void EffectView::end()

@@ -75,8 +75,9 @@ public:
     /// Takes what the effect says of its view. Throws a `ProtocolBreach` for what it
     /// cannot mean.
     void take(const Message &message);
-    /// Whether a view that is there has not been heard of for longer than `limit`.
-    bool isOverdue(std::chrono::milliseconds limit);
+    /// Whether a view that is there has not been heard of for longer than `limit`, or
+    /// one that is being opened for longer than `openingLimit`.
+    bool isOverdue(std::chrono::milliseconds limit, std::chrono::milliseconds openingLimit);
     /// There will be no effect any more.
     void end();
 

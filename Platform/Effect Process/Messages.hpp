@@ -39,6 +39,7 @@ enum class MessageKind : std::uint32_t {
     // Of its view, with the number of the opening. The first size means that it is open.
     viewResized, // ViewShape; answers `resizeView`, or comes by itself
     viewClosed,  // std::string, why, unless the host wanted it
+    viewWaits,   // nothing; it is closed for a moment, while its instance is replaced
     viewLives,   // nothing, once in `viewPulse`
 };
 

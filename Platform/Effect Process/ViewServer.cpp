@@ -15,6 +15,14 @@ void ViewServer::open(std::uint64_t number, const ViewPlace &place, lv2::HostedP
     show(hosted);
 }
 
+void ViewServer::suspend()
+{
+    if (!view_)
+        return;
+    view_.reset();
+    send_(MessageKind::viewWaits, number_, {});
+}
+
 void ViewServer::resume(lv2::HostedPlugin &hosted)
 {
     if (place_ && !view_)

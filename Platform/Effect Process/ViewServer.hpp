@@ -34,7 +34,7 @@ public:
     void resize(std::uint64_t number, const lv2::ViewSize &size);
 
     /// Closes the view because its instance is about to go.
-    void suspend() { view_.reset(); }
+    void suspend();
     /// Opens it again, for the instance that is there now, if it was closed so.
     void resume(lv2::HostedPlugin &hosted);
 
