@@ -1,6 +1,7 @@
 #include "Platform/Audio/RemoteAudioUnit.hpp"
 
 #include "Platform/Audio/ComponentRegistry.hpp"
+#include "Platform/Audio/EffectViewFactory.hpp"
 #include "Platform/Audio/MIDIDelivery.hpp"
 #include "Platform/Audio/RenderFormat.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
@@ -123,7 +124,16 @@ void RemoteAudioUnit::setCurrentPreset(const std::shared_ptr<AUAudioUnitPreset> 
 void RemoteAudioUnit::requestViewController(
     std::function<void(std::shared_ptr<AUViewController>)> completion)
 {
-    DispatchQueue::main().async([completion = std::move(completion)] { completion(nullptr); });
+    // The unit may be gone by then.
+    DispatchQueue::main().async([completion = std::move(completion), view = process_.view(),
+                                 hasView = process_.description().hasView,
+                                 controller = viewController_] {
+        auto answer = controller->lock();
+        // One view has one controller.
+        if (!answer && hasView)
+            *controller = answer = platform::audio::makeEffectViewController(view);
+        completion(answer);
+    });
 }
 
 std::uint32_t RemoteAudioUnit::inputChannelCount() const

@@ -83,6 +83,10 @@ private:
     std::shared_ptr<AUAudioUnitPreset> currentPreset_;
     double sampleRate_ = 0.0; // 0 without render resources
 
+    // The one that was handed out, as long as somebody has it. Main thread.
+    const std::shared_ptr<std::weak_ptr<AUViewController>> viewController_ =
+        std::make_shared<std::weak_ptr<AUViewController>>();
+
     std::atomic<bool> rendersOffline_{false};
     std::uint64_t eventsSeen_ = 0; // by the callback
     const std::shared_ptr<platform::lv2::MidiOutput> output_;

@@ -58,6 +58,17 @@ std::string checkedText(std::span<const std::byte> body)
     return text;
 }
 
+ViewShape checkedViewShape(std::span<const std::byte> body)
+{
+    const auto shape = MessageReader::read<ViewShape>(body);
+    const auto isLength = [](std::uint32_t length) {
+        return length >= 1 && length <= lv2::ViewSize::largest;
+    };
+    if (!isLength(shape.size.width) || !isLength(shape.size.height))
+        throw ProtocolBreach("its view has no possible size");
+    return shape;
+}
+
 bool hasSameShape(const Description &one, const Description &other)
 {
     return one.inputs == other.inputs && one.outputs == other.outputs &&

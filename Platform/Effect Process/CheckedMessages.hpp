@@ -17,6 +17,7 @@ namespace platform::effect
 Description checkedDescription(std::span<const std::byte> body);
 std::vector<std::string> checkedNames(std::span<const std::byte> body);
 std::string checkedText(std::span<const std::byte> body);
+ViewShape checkedViewShape(std::span<const std::byte> body);
 
 /// Whether two descriptions are of effects that one link serves.
 bool hasSameShape(const Description &one, const Description &other);

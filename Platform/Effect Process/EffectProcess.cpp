@@ -93,6 +93,7 @@ EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits
     lock.unlock();
     if (isThere) {
         LiveEffects::shared().add(*this);
+        view_->setRestart([this] { restart(); });
         return;
     }
     wakeSupervisor();
@@ -103,6 +104,7 @@ EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits
 EffectProcess::~EffectProcess()
 {
     LiveEffects::shared().remove(*this);
+    view_->setRestart(nullptr);
     {
         const Lock lock(mutex_);
         isEnding_ = true;
@@ -113,6 +115,7 @@ EffectProcess::~EffectProcess()
     }
     wakeSupervisor();
     supervisor_.join();
+    view_->end();
     std::error_code ignored;
     std::filesystem::remove_all(scratchFolder_, ignored);
 }
@@ -389,6 +392,7 @@ void EffectProcess::startChild()
     } catch (const PlatformError &error) {
         // The system is out of something; the effect is not to blame.
         startHasFailed(error.what());
+        view_->effectHasGone(false);
     }
 }
 
@@ -464,6 +468,12 @@ void EffectProcess::takeMessage(Message message)
         settings_ = std::move(settings);
         break;
     }
+    case MessageKind::viewResized:
+    case MessageKind::viewClosed:
+    case MessageKind::viewWaits:
+    case MessageKind::viewLives:
+        view_->take(message);
+        break;
     default:
         throw ProtocolBreach("it sends what only the host may send");
     }
@@ -519,6 +529,9 @@ void EffectProcess::becomeUp()
     startingLink_.reset();
     phase_ = Phase::up;
     phaseChanged_.notify_all();
+    const auto socket = socket_;
+    lock.unlock();
+    view_->effectIsUp(socket);
 }
 
 void EffectProcess::checkLink()
@@ -532,6 +545,8 @@ void EffectProcess::checkLink()
     hangsSeen_ = slot_.overdue() > limits_.audio ? hangsSeen_ + 1 : 0;
     if (hangsSeen_ == 2)
         fault(lock, "gave no audio for " + seconds(limits_.audio));
+    if (view_->isOverdue(limits_.request, limits_.instantiation))
+        fault(lock, "gave no sign of life from its view");
 }
 
 void EffectProcess::fault(const Lock & /*held*/, const std::string &what)
@@ -546,8 +561,12 @@ void EffectProcess::childHasDied()
 {
     Lock lock(mutex_);
     const std::string line = takeDeath(lock);
+    const bool isStartedAgain = restartIsWanted_;
+    const bool isEnding = isEnding_;
     lock.unlock();
     requests_.loseAll();
+    if (!isEnding)
+        view_->effectHasGone(isStartedAgain);
     // Without the mutex: whoever reads standard error may be slow.
     if (!line.empty())
         printError(line);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Effect Process/ChildProcess.hpp"
+#include "Platform/Effect Process/EffectView.hpp"
 #include "Platform/Effect Process/FaultRecord.hpp"
 #include "Platform/Effect Process/LinkSlot.hpp"
 #include "Platform/Effect Process/Messages.hpp"
@@ -107,6 +108,10 @@ public:
     /// does not give it counts as hung. For an end that is not to wait for it.
     void hurry();
 
+    /// The effect's own view; `description` says whether it has one. May outlive this
+    /// object.
+    const std::shared_ptr<EffectView> &view() const { return view_; }
+
     /// Whether the effect is there and answers.
     bool isUp() const;
     /// Starts an effect again that is left down.
@@ -173,6 +178,7 @@ private:
     const Limits limits_;
     const std::string scratchFolder_;
     const std::shared_ptr<MidiTraffic> midi_;
+    const std::shared_ptr<EffectView> view_ = std::make_shared<EffectView>();
     Description description_; // set by the first start
 
     LinkSlot slot_;

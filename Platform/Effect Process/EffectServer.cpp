@@ -2,12 +2,15 @@
 
 #include "Platform/Foundation/PlatformError.hpp"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <string>
 #include <utility>
 
 #include <poll.h>
+#include <time.h>
 
 namespace platform::effect
 {
@@ -25,18 +28,25 @@ constexpr std::chrono::milliseconds lookAtSocket{500};
 // How often what the plug-in said on its audio thread is written out.
 constexpr std::chrono::milliseconds logInterval{20};
 
+// After a change in the view, until the host gets to know the settings.
+constexpr std::chrono::milliseconds settingsDelay{500};
+
 } // namespace
 
-EffectServer::EffectServer(FileDescriptor socket) : socket_(std::move(socket)) {}
+EffectServer::EffectServer(FileDescriptor socket)
+    : socket_(std::move(socket)),
+      view_([this](MessageKind kind, std::uint64_t number, std::span<const std::byte> body) {
+          send(kind, number, body);
+      })
+{
+}
 
 EffectServer::~EffectServer() = default;
 
 bool EffectServer::run()
 {
     while (!isEnding_) {
-        pollfd wait{socket_.descriptor(), POLLIN, 0};
-        if (::poll(&wait, 1, static_cast<int>(lookAtSocket.count())) == 0)
-            continue;
+        waitForNews();
         if (!socket_.receive())
             return false;
         for (auto &requests = socket_.received(); !requests.empty() && !isEnding_;) {
@@ -44,12 +54,50 @@ bool EffectServer::run()
             requests.pop_front();
             handle(std::move(request));
         }
+        // Behind the answer: the sound does not wait for a view that comes back.
+        if (hosted_)
+            view_.resume(*hosted_);
+        // Once between two looks at the socket: a slow view delays no request by more.
+        sendSettingsWhenDue(view_.turn());
     }
     return true;
 }
 
+void EffectServer::waitForNews()
+{
+    std::array<pollfd, 2> news{
+        {{socket_.descriptor(), POLLIN, 0}, {view_.descriptor(), POLLIN, 0}}};
+    auto deadline = ViewServer::Clock::now() + lookAtSocket;
+    deadline = std::min(deadline, view_.deadline().value_or(deadline));
+    deadline = std::min(deadline, settingsAreDue_.value_or(deadline));
+    using namespace std::chrono;
+    const auto left =
+        std::max(duration_cast<nanoseconds>(deadline - ViewServer::Clock::now()), 0ns);
+    const timespec wait{static_cast<time_t>(left / 1s), static_cast<long>((left % 1s).count())};
+    ::ppoll(news.data(), news.size(), &wait, nullptr);
+}
+
+bool EffectServer::handleView(const Message &wish)
+{
+    switch (wish.kind) {
+    case MessageKind::openView:
+        view_.open(wish.number, MessageReader::read<ViewPlace>(wish.body), hosted());
+        return true;
+    case MessageKind::closeView:
+        view_.close();
+        return true;
+    case MessageKind::resizeView:
+        view_.resize(wish.number, MessageReader::read<lv2::ViewSize>(wish.body));
+        return true;
+    default:
+        return false;
+    }
+}
+
 void EffectServer::handle(Message request)
 {
+    if (handleView(request))
+        return;
     try {
         const auto body = perform(request);
         send(MessageKind::answer, request.number, body);
@@ -80,6 +128,7 @@ std::vector<std::byte> EffectServer::perform(Message &request)
         return {};
     case MessageKind::end:
         isEnding_ = true;
+        view_.suspend();
         link_.reset();
         hosted_.reset();
         return {};
@@ -111,6 +160,8 @@ void EffectServer::prepare(const Preparation &preparation, FileDescriptor memory
 {
     link_.reset();
     hosted().instance().setOffline(preparation.isOffline);
+    if (!hosted().isPrepared(preparation.sampleRate, preparation.maximumFrames))
+        view_.suspend();
     hosted().prepare(preparation.sampleRate, preparation.maximumFrames);
     connect(preparation, std::move(memory));
 }
@@ -137,8 +188,23 @@ bool EffectServer::loadPreset(std::span<const std::byte> body)
     if (!hosted().loadPreset(MessageReader::read<std::uint64_t>(body)))
         return false;
     // Before the answer: whoever has that can rely on what comes after a fault.
-    send(MessageKind::settings, 0, MessageWriter::message(hosted().instance().save()));
+    sendSettings();
     return true;
+}
+
+void EffectServer::sendSettings()
+{
+    settingsAreDue_.reset();
+    send(MessageKind::settings, 0, MessageWriter::message(hosted().instance().save()));
+}
+
+void EffectServer::sendSettingsWhenDue(bool haveChanged)
+{
+    // A knob that is turned changes them with each step.
+    if (haveChanged && !settingsAreDue_)
+        settingsAreDue_ = ViewServer::Clock::now() + settingsDelay;
+    if (settingsAreDue_ && ViewServer::Clock::now() >= *settingsAreDue_)
+        sendSettings();
 }
 
 std::vector<std::string> EffectServer::presetNames()
@@ -151,8 +217,9 @@ std::vector<std::string> EffectServer::presetNames()
 
 Description EffectServer::description() const
 {
-    return {hosted_->plugin().name(), hosted_->inputChannelCount(), hosted_->outputChannelCount(),
-            hosted_->takesMIDI(), hosted_->MIDIOutputNames()};
+    return {hosted_->plugin().name(),      hosted_->inputChannelCount(),
+            hosted_->outputChannelCount(), hosted_->takesMIDI(),
+            hosted_->MIDIOutputNames(),    hosted_->plugin().x11View().has_value()};
 }
 
 lv2::HostedPlugin &EffectServer::hosted()

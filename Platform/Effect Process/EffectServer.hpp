@@ -3,9 +3,11 @@
 #include "Platform/Effect Process/EffectEnd.hpp"
 #include "Platform/Effect Process/MessageSocket.hpp"
 #include "Platform/Effect Process/Messages.hpp"
+#include "Platform/Effect Process/ViewServer.hpp"
 #include "Platform/LV2/HostedPlugin.hpp"
 #include "Platform/LV2/PollingThread.hpp"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <span>
@@ -28,13 +30,17 @@ public:
     bool run();
 
 private:
+    void waitForNews();
     void handle(Message request);
+    bool handleView(const Message &wish);
     std::vector<std::byte> perform(Message &request);
     std::vector<std::byte> instantiate(Message &request);
     void prepare(const Preparation &preparation, FileDescriptor memory);
     void connect(const Preparation &preparation, FileDescriptor memory);
     void sendMidi(const std::vector<std::vector<std::uint8_t>> &messages);
     bool loadPreset(std::span<const std::byte> body);
+    void sendSettings();
+    void sendSettingsWhenDue(bool haveChanged);
     std::vector<std::string> presetNames();
     Description description() const;
     lv2::HostedPlugin &hosted();
@@ -42,10 +48,14 @@ private:
 
     MessageSocket socket_;
     bool isEnding_ = false;
+    // When what the view has changed is to be told.
+    std::optional<ViewServer::Clock::time_point> settingsAreDue_;
     std::unique_ptr<lv2::HostedPlugin> hosted_;
     std::unique_ptr<lv2::PollingThread> logWriter_;
     // In front of the plug-in: its thread must end before.
     std::unique_ptr<EffectEnd> link_;
+    // Uses the plug-in, too.
+    ViewServer view_;
 };
 
 } // namespace platform::effect

@@ -3,7 +3,9 @@
 #include "Platform/Effect Process/LinkMemory.hpp"
 #include "Platform/Effect Process/MessageCoding.hpp"
 #include "Platform/LV2/State.hpp"
+#include "Platform/LV2/ViewSize.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -25,11 +27,24 @@ enum class MessageKind : std::uint32_t {
     setContextName, // std::optional<std::string> -> nothing
     setOffline,     // bool -> nothing
     end,            // nothing -> nothing; the process ends
+    // Wishes of the host for the effect's view. They get no answer; their number is
+    // that of the opening.
+    openView,   // ViewPlace
+    closeView,  // nothing
+    resizeView, // lv2::ViewSize
     // Of the effect.
     answer,
     refusal,  // std::string, why
     settings, // lv2::State as it is now; answers nothing
+    // Of its view, with the number of the opening. The first size means that it is open.
+    viewResized, // ViewShape; answers `resizeView`, or comes by itself
+    viewClosed,  // std::string, why, unless the host wanted it
+    viewWaits,   // nothing; it is closed for a moment, while its instance is replaced
+    viewLives,   // nothing, once in `viewPulse`
 };
+
+/// How often a view that is open says so, unless it is busy.
+inline constexpr std::chrono::seconds viewPulse{1};
 
 /// The format that blocks are rendered in.
 struct Preparation {
@@ -60,6 +75,38 @@ struct Description {
     std::uint32_t outputs = 0;
     bool takesMIDI = false;
     std::vector<std::string> midiOutputNames;
+    /// Whether it has a view of its own that can be shown.
+    bool hasView = false;
+};
+
+/// Where the effect's view is to be.
+struct ViewPlace {
+    /// The X window around it.
+    std::uint64_t window = 0;
+    /// Pixels a point.
+    float scale = 1.0F;
+};
+
+/// What the effect's view looks like from outside.
+struct ViewShape {
+    lv2::ViewSize size;
+    /// Whether a person may give it another size.
+    bool isResizable = false;
+};
+
+template <>
+struct Fields<lv2::ViewSize> {
+    static auto of(auto &s) { return std::tie(s.width, s.height); }
+};
+
+template <>
+struct Fields<ViewPlace> {
+    static auto of(auto &p) { return std::tie(p.window, p.scale); }
+};
+
+template <>
+struct Fields<ViewShape> {
+    static auto of(auto &s) { return std::tie(s.size, s.isResizable); }
 };
 
 template <>
@@ -101,7 +148,7 @@ template <>
 struct Fields<Description> {
     static auto of(auto &d)
     {
-        return std::tie(d.name, d.inputs, d.outputs, d.takesMIDI, d.midiOutputNames);
+        return std::tie(d.name, d.inputs, d.outputs, d.takesMIDI, d.midiOutputNames, d.hasView);
     }
 };
 

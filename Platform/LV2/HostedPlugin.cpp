@@ -38,11 +38,17 @@ bool HostedPlugin::logs() const
     return plugin_->hasFeature(LV2_LOG__log);
 }
 
+bool HostedPlugin::isPrepared(double sampleRate, std::uint32_t maximumFrames) const
+{
+    const Instance::Settings &settings = instance_->settings();
+    return settings.sampleRate == sampleRate && settings.maximumFrames >= maximumFrames;
+}
+
 void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)
 {
-    Instance::Settings settings = instance_->settings();
-    if (settings.sampleRate == sampleRate && settings.maximumFrames >= maximumFrames)
+    if (isPrepared(sampleRate, maximumFrames))
         return;
+    Instance::Settings settings = instance_->settings();
     settings.sampleRate = sampleRate;
     settings.maximumFrames = maximumFrames;
     const State state = instance_->save();

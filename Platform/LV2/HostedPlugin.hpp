@@ -43,6 +43,8 @@ public:
     /// written out.
     bool logs() const;
 
+    /// Whether the instance is fit for such blocks as it is.
+    bool isPrepared(double sampleRate, std::uint32_t maximumFrames) const;
     /// Makes the instance fit for blocks of up to `maximumFrames` frames at
     /// `sampleRate` Hz. A `PlatformError`, with the instance as it was, when the
     /// plug-in refuses. Not while the instance may run.

@@ -123,11 +123,18 @@ bool Instance::run(const float *const *inputs, float *const *outputs, std::uint3
 void Instance::runOpen(std::uint32_t frames, std::int64_t sampleTime) noexcept
 {
     buffers_.prepareRun();
+    PortTraffic *traffic = traffic_.load(std::memory_order_acquire);
+    if (traffic)
+        traffic->deliver(buffers_);
     if (EventBuffer *midi = buffers_.midiInput())
         exchange_.midiInput.drainInto(*midi, frames);
     lilv_instance_run(instance_.get(), frames);
     worker_.finishRun();
     collectMidi(sampleTime);
+    if (traffic && traffic->isWatched()) {
+        traffic->collect(buffers_);
+        buffers_.publishOutputs();
+    }
     latency_.store(buffers_.latency(), std::memory_order_relaxed);
 }
 
@@ -200,6 +207,15 @@ bool Instance::loadState(const std::string &uri)
                            features_.forState());
     });
     return true;
+}
+
+PortTraffic &Instance::traffic()
+{
+    if (!ownTraffic_) {
+        ownTraffic_ = std::make_unique<PortTraffic>(buffers_.sequenceSize());
+        traffic_.store(ownTraffic_.get(), std::memory_order_release);
+    }
+    return *ownTraffic_;
 }
 
 void Instance::setContextName(const std::optional<std::string> &name)

@@ -5,6 +5,7 @@
 #include "Platform/LV2/Features.hpp"
 #include "Platform/LV2/Plugin.hpp"
 #include "Platform/LV2/PortBuffers.hpp"
+#include "Platform/LV2/PortTraffic.hpp"
 #include "Platform/LV2/RunGate.hpp"
 #include "Platform/LV2/State.hpp"
 #include "Platform/LV2/Worker.hpp"
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -66,6 +68,22 @@ public:
     void setControl(const std::string &symbol, float value) { buffers_.setControl(symbol, value); }
     std::map<std::string, float> controls() const { return buffers_.controls(); }
 
+    // For the plug-in's view. ----------------------------------------------------
+
+    /// Events from and to the atom ports.
+    PortTraffic &traffic();
+    /// Sets a control input.
+    void setControl(std::uint32_t port, float value) { buffers_.setControl(port, value); }
+    /// The value of a control port, of an output as long as the traffic is watched.
+    float control(std::uint32_t port) const { return buffers_.control(port); }
+    /// The plug-in's own handle and descriptor.
+    LV2_Handle handle() const { return lilv_instance_get_handle(instance_.get()); }
+    const LV2_Descriptor &descriptor() const
+    {
+        return *lilv_instance_get_descriptor(instance_.get());
+    }
+    std::uint32_t sequenceSize() const { return buffers_.sequenceSize(); }
+
     /// Tells the plug-in through its options, if it listens to them.
     void setContextName(const std::optional<std::string> &name);
 
@@ -89,6 +107,9 @@ private:
     Worker worker_;
     Features features_;
     RunGate gate_;
+    // Made when the first view asks for it.
+    std::unique_ptr<PortTraffic> ownTraffic_;
+    std::atomic<PortTraffic *> traffic_{nullptr};
     InstancePointer instance_;
     bool restoresWhileRunning_;
     std::atomic<float> latency_{0.0F};

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/LV2/Features.hpp"
 #include "Platform/LV2/SymbolTable.hpp"
+#include "Platform/LV2/ViewFeatures.hpp"
 
 #include <fmt/format.h>
 #include <lv2/atom/atom.h>
@@ -12,6 +13,7 @@
 #include <lv2/port-groups/port-groups.h>
 #include <lv2/presets/presets.h>
 #include <lv2/resize-port/resize-port.h>
+#include <lv2/ui/ui.h>
 
 #include <algorithm>
 #include <array>
@@ -35,6 +37,9 @@ std::mutex &instantiationMutex()
 
 // A plug-in with more ports than this does not describe one.
 constexpr std::uint32_t mostPorts = 65536;
+// How often a view may be kept going, in Hz.
+constexpr float slowestUpdate = 1.0F;
+constexpr float fastestUpdate = 60.0F;
 // The largest buffer a port may ask for, in bytes.
 constexpr int largestMinimumSize = 64 * 1024 * 1024;
 
@@ -45,6 +50,13 @@ std::string whyNotServed(const std::string &feature)
     if (feature == LV2_BUF_SIZE__powerOf2BlockLength)
         return "it needs blocks whose length is a power of two";
     return fmt::format("it needs a feature that is not offered here, <{}>", feature);
+}
+
+std::optional<std::string> filePath(const LilvNode *uri)
+{
+    const std::unique_ptr<char, Release<lilv_free>> path(
+        uri ? lilv_file_uri_parse(lilv_node_as_uri(uri), nullptr) : nullptr);
+    return path ? std::optional<std::string>(path.get()) : std::nullopt;
 }
 
 void settleRange(Port &port, float minimum, float maximum, float defaultValue)
@@ -248,18 +260,60 @@ StatePointer Plugin::loadState(const std::string &uri)
         lilv_state_new_from_world(world_.get(), SymbolTable::shared().mapFeature(), subject.get()));
 }
 
+std::optional<ViewDescription> Plugin::x11View() const
+{
+    const std::unique_ptr<LilvUIs, Release<lilv_uis_free>> views(lilv_plugin_get_uis(plugin_));
+    const NodePointer x11 = node(LV2_UI__X11UI);
+    LILV_FOREACH(uis, i, views.get())
+    {
+        const LilvUI *view = lilv_uis_get(views.get(), i);
+        if (!lilv_ui_is_a(view, x11.get()))
+            continue;
+        if (auto description = describeView(view))
+            return description;
+    }
+    return std::nullopt;
+}
+
+std::optional<ViewDescription> Plugin::describeView(const LilvUI *view) const
+{
+    const LilvNode *subject = lilv_ui_get_uri(view);
+    // What it needs may stand in a file of its own.
+    lilv_world_load_resource(world_.get(), subject);
+    const auto binary = filePath(lilv_ui_get_binary_uri(view));
+    const auto bundle = filePath(lilv_ui_get_bundle_uri(view));
+    if (!binary || !bundle || !canServe(view))
+        return std::nullopt;
+    ViewDescription description{lilv_node_as_uri(subject), *binary, *bundle};
+    const NodePointer rate(
+        lilv_world_get(world_.get(), subject, node(LV2_UI__updateRate).get(), nullptr));
+    if (rate && (lilv_node_is_float(rate.get()) || lilv_node_is_int(rate.get())))
+        description.updateRate =
+            std::clamp(lilv_node_as_float(rate.get()), slowestUpdate, fastestUpdate);
+    for (const char *kind : {LV2_CORE__requiredFeature, LV2_CORE__optionalFeature})
+        for (const char *fixed : {LV2_UI__fixedSize, LV2_UI__noUserResize})
+            if (lilv_world_ask(world_.get(), subject, node(kind).get(), node(fixed).get()))
+                description.isResizable = false;
+    return description;
+}
+
+bool Plugin::canServe(const LilvUI *view) const
+{
+    const NodesPointer required(lilv_world_find_nodes(
+        world_.get(), lilv_ui_get_uri(view), node(LV2_CORE__requiredFeature).get(), nullptr));
+    const auto features = strings(required);
+    return std::all_of(features.begin(), features.end(), ViewFeatures::serves);
+}
+
 std::shared_ptr<void> Plugin::openBinary() const
 {
-    const LilvNode *library = lilv_plugin_get_library_uri(plugin_);
-    char *path = library ? lilv_file_uri_parse(lilv_node_as_uri(library), nullptr) : nullptr;
-    const std::unique_ptr<char, Release<lilv_free>> binary(path);
+    const auto binary = filePath(lilv_plugin_get_library_uri(plugin_));
     if (!binary)
         throw PlatformError(fmt::format("{} cannot be loaded: it names no binary.", name_));
-    if (void *handle = ::dlopen(binary.get(), RTLD_NOW | RTLD_LOCAL))
+    if (void *handle = ::dlopen(binary->c_str(), RTLD_NOW | RTLD_LOCAL))
         return {handle, ::dlclose};
     const char *reason = ::dlerror();
-    throw PlatformError(
-        fmt::format("{} cannot be loaded: {}.", name_, reason ? reason : binary.get()));
+    throw PlatformError(fmt::format("{} cannot be loaded: {}.", name_, reason ? reason : *binary));
 }
 
 InstancePointer Plugin::instantiate(double sampleRate, const LV2_Feature *const *features) const

@@ -2,10 +2,12 @@
 
 #include "Platform/LV2/Lilv.hpp"
 #include "Platform/LV2/Port.hpp"
+#include "Platform/LV2/ViewDescription.hpp"
 
 #include <lv2/core/lv2.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +45,10 @@ public:
     /// URI. None where there are none.
     StatePointer loadState(const std::string &uri);
 
+    /// The plug-in's view for the X Window System; none where it has none that this
+    /// host can show.
+    std::optional<ViewDescription> x11View() const;
+
     /// A new instance; `features` ends with null. A `PlatformError` when the
     /// binary does not load or the plug-in refuses.
     InstancePointer instantiate(double sampleRate, const LV2_Feature *const *features) const;
@@ -53,6 +59,8 @@ private:
     void readPorts();
     Port readPort(const LilvPort *port) const;
     bool isSideChain(const LilvPort *port, bool isInput) const;
+    std::optional<ViewDescription> describeView(const LilvUI *view) const;
+    bool canServe(const LilvUI *view) const;
     std::shared_ptr<void> openBinary() const;
 
     WorldPointer world_;

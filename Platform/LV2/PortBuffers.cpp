@@ -17,7 +17,8 @@ constexpr std::uint32_t usualSequenceSize = 32768;
 PortBuffers::PortBuffers(const std::vector<Port> &ports, double sampleRate,
                          std::uint32_t maximumFrames)
     : ports_(ports), owned_(ports.size(), nullptr), silence_(maximumFrames, 0.0F),
-      nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F), wanted_(ports.size())
+      nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F), wanted_(ports.size()),
+      events_(ports.size(), nullptr)
 {
     for (const Port &port : ports_) {
         switch (port.kind) {
@@ -63,6 +64,7 @@ void PortBuffers::addEvents(const Port &port)
 {
     auto buffer = std::make_unique<EventBuffer>(std::max(port.minimumSize, usualSequenceSize));
     owned_[port.index] = buffer->sequence();
+    events_[port.index] = buffer.get();
     if (port.isInput) {
         // The port that the plug-in names for control wins over the first.
         if (port.hasMidi && (!midiInput_ || port.isControlDesignation))
@@ -136,6 +138,25 @@ void PortBuffers::setControl(const std::string &symbol, float value)
         if (port.kind == PortKind::control && port.isInput && port.symbol == symbol &&
             std::isfinite(value))
             storeControl(port.index, value);
+}
+
+void PortBuffers::setControl(std::uint32_t port, float value)
+{
+    if (port < ports_.size() && ports_[port].kind == PortKind::control && ports_[port].isInput &&
+        std::isfinite(value))
+        storeControl(port, value);
+}
+
+float PortBuffers::control(std::uint32_t port) const
+{
+    return port < wanted_.size() ? wanted_[port].load(std::memory_order_relaxed) : 0.0F;
+}
+
+void PortBuffers::publishOutputs() noexcept
+{
+    for (const Port &port : ports_)
+        if (port.kind == PortKind::control && !port.isInput)
+            wanted_[port.index].store(values_[port.index], std::memory_order_relaxed);
 }
 
 std::map<std::string, float> PortBuffers::controls() const

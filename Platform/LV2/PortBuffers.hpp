@@ -41,10 +41,31 @@ public:
     EventBuffer *midiInput() { return midiInput_; }
     /// The MIDI outputs in the order of their ports.
     const std::vector<EventBuffer *> &midiOutputs() { return midiOutputs_; }
+    /// The buffer of an atom port; null for other ports.
+    REALTIME EventBuffer *events(std::uint32_t port) noexcept
+    {
+        return port < events_.size() ? events_[port] : nullptr;
+    }
+    /// Calls `visit(port, Event)` for all that the plug-in's atom outputs hold.
+    template <typename Visit>
+    REALTIME void forEachOutputEvent(Visit visit) noexcept
+    {
+        for (const Port &port : ports_)
+            if (!port.isInput && events_[port.index])
+                events_[port.index]->forEach(
+                    [&](const EventBuffer::Event &event) { visit(port.index, event); });
+    }
 
     /// Sets a control input for the next run; unknown symbols and values that are
     /// no number are passed over. Any thread.
     void setControl(const std::string &symbol, float value);
+    /// The same by the port's number.
+    void setControl(std::uint32_t port, float value);
+    /// What a control input was set to, or what a control output had when
+    /// `publishOutputs` was last called; 0 for other ports. Any thread.
+    float control(std::uint32_t port) const;
+    /// Lets other threads see the values of the control outputs.
+    REALTIME void publishOutputs() noexcept;
     /// The values of the control inputs by symbol. Any thread.
     std::map<std::string, float> controls() const;
     /// Tells the plug-in by its port for it that time does not count. Any thread.
@@ -75,7 +96,8 @@ private:
     std::vector<float> nowhere_;
     std::vector<std::vector<float>> discarded_;
 
-    // `values_` belongs to the callback; others leave theirs in `wanted_`.
+    // `values_` belongs to the callback; others leave theirs in `wanted_`, where they
+    // also find the outputs.
     std::vector<float> values_;
     std::vector<std::atomic<float>> wanted_;
     std::atomic<bool> controlsChanged_{false};
@@ -83,6 +105,8 @@ private:
 
     std::vector<std::unique_ptr<EventBuffer>> eventInputs_;
     std::vector<std::unique_ptr<EventBuffer>> eventOutputs_;
+    // By port; null where there is no atom port.
+    std::vector<EventBuffer *> events_;
     EventBuffer *midiInput_ = nullptr;
     std::vector<EventBuffer *> midiOutputs_;
 };

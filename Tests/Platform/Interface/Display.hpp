@@ -1,8 +1,10 @@
 #pragma once
 
-#include <sys/types.h>
+#include "Tests/Utilities/XServer.hpp"
 
 #include <gtest/gtest.h>
+
+#include <optional>
 
 /// Gives a test program a display of its own, Xvfb, and GTK on it, so that it
 /// runs anywhere and disturbs nobody. The processes that a death test starts
@@ -14,7 +16,7 @@ public:
     void TearDown() override;
 
 private:
-    pid_t server_ = -1;
+    std::optional<test::XServer> server_;
 };
 
 /// Makes GTK ready for use without an application; done in every test but those

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Platform/Effect Process/EffectView.hpp"
+#include "Platform/Interface/AUViewController.hpp"
+
+#include <memory>
+
+namespace platform::effectview
+{
+
+class EffectFrame;
+
+/// Shows the view of an effect that lives in another process.
+class EffectViewController final : public AUViewController
+{
+public:
+    explicit EffectViewController(std::shared_ptr<effect::EffectView> effectView);
+
+    void loadView() override;
+    void viewWillAppear(bool animated) override;
+    void viewDidAppear(bool animated) override;
+    void viewWillDisappear(bool animated) override;
+
+private:
+    const std::shared_ptr<effect::EffectView> effectView_;
+    // Belongs to the view.
+    EffectFrame *frame_ = nullptr;
+};
+
+} // namespace platform::effectview
