@@ -36,8 +36,8 @@ void Fit::apply(cairo_t *context) const
 }
 
 Canvas::Canvas(PixelSize size)
-    : fit_(size), ground_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, size.width, size.height)),
-      surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, size.width, size.height))
+    : fit_(size), ground_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.width, size.height)),
+      surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.width, size.height))
 {
     const Context ground(cairo_create(ground_.get()));
     setColour(ground.get(), palette::background);

@@ -43,7 +43,8 @@ private:
     double top_;
 };
 
-/// The window's content in memory, from which it is shown. What never changes is drawn
+/// The window's content in memory, from which it is shown: opaque, also in a window that
+/// has transparency. What never changes is drawn
 /// once and lies beneath.
 class Canvas
 {

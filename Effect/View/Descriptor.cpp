@@ -32,6 +32,8 @@ LV2UI_Handle instantiate(const LV2UI_Descriptor * /*descriptor*/, const char *pl
             return nullptr;
         }
         auto view = std::make_unique<View>(host);
+        // The interface has the window's number in the place of a pointer.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         *widget = reinterpret_cast<LV2UI_Widget>(view->window());
         return view.release();
     } catch (const std::exception &) {

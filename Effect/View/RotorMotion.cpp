@@ -16,6 +16,9 @@ constexpr double visible = 2e-4;
 /// Half the last digit of the speed that is shown.
 constexpr double visibleSpeed = 0.005;
 
+/// The port's greatest value.
+constexpr double fastest = 10;
+
 /// The shortest way between two angles, within ±½ turn.
 double wayTo(double from, double to)
 {
@@ -41,7 +44,7 @@ void RotorMotion::reportAngle(double turns, double now)
 void RotorMotion::reportSpeed(double turnsPerSecond)
 {
     if (std::isfinite(turnsPerSecond)) {
-        speed_ = turnsPerSecond;
+        speed_ = std::clamp(turnsPerSecond, 0.0, fastest);
     }
 }
 

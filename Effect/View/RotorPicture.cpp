@@ -21,6 +21,7 @@ constexpr double front = fullTurn / 4;
 constexpr double shutter = 1.0 / 60;
 constexpr double blurStep = 1.0 / 180;
 constexpr double mostDoublings = 5;
+constexpr double crispDoublings = 2;
 
 /// How long the light on the rim takes to fade, in seconds, and its longest trail.
 constexpr double afterglow = 0.11;
@@ -86,7 +87,6 @@ void drawHornBody(cairo_t *context, const Colour &accent)
     drawBell(context, accent, false);
     cairo_restore(context);
     drawBell(context, accent, true);
-    drawHub(context, 15);
 }
 
 /// The bass drum: a closed cylinder with a scoop that throws the sound to one side.
@@ -118,7 +118,6 @@ void drawDrumBody(cairo_t *context, const Colour &accent)
     cairo_arc(context, 0, 0, bodyRadius - 3, -half, half);
     cairo_set_line_cap(context, CAIRO_LINE_CAP_ROUND);
     stroke(context, accent, 4);
-    drawHub(context, 13);
 }
 
 void drawBody(cairo_t *context, RotorKind kind, const Colour &accent)
@@ -130,45 +129,80 @@ void drawBody(cairo_t *context, RotorKind kind, const Colour &accent)
     }
 }
 
-/// Turns what is drawn next about the middle.
-void turnAbout(cairo_t *context, Point middle, double radians)
+/// A square around the axle, as wide as a body, in memory of its own. A context on it is
+/// in points from the axle.
+class Layer
 {
-    cairo_translate(context, middle.x, middle.y);
-    cairo_rotate(context, radians);
-    cairo_translate(context, -middle.x, -middle.y);
-}
+public:
+    /// `resolution` in pixels a point.
+    explicit Layer(double resolution)
+        : resolution_(resolution),
+          surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, pixels(), pixels()))
+    {
+        cairo_surface_set_device_scale(surface_.get(), resolution, resolution);
+    }
+
+    Context context() const
+    {
+        Context context(cairo_create(surface_.get()));
+        cairo_translate(context.get(), half, half);
+        return context;
+    }
+    double resolution() const { return resolution_; }
+    void paint(cairo_t *context, double strength) const
+    {
+        cairo_set_source_surface(context, surface_.get(), -half, -half);
+        cairo_paint_with_alpha(context, strength);
+    }
+
+private:
+    static constexpr double half = bodyRadius + 2;
+
+    int pixels() const { return static_cast<int>(std::ceil(2 * half * resolution_)); }
+
+    double resolution_;
+    Surface surface_;
+};
 
 /// The mean of the image and the same image turned.
-Pattern meanWithTurned(cairo_t *context, Point middle, const Pattern &image, double radians)
+Layer meanWithTurned(const Layer &image, double radians)
 {
-    cairo_push_group(context);
-    cairo_set_source(context, image.get());
-    cairo_paint_with_alpha(context, 0.5);
-    cairo_set_operator(context, CAIRO_OPERATOR_ADD);
-    turnAbout(context, middle, radians);
-    cairo_set_source(context, image.get());
-    cairo_paint_with_alpha(context, 0.5);
-    return Pattern(cairo_pop_group(context));
+    Layer mean(image.resolution());
+    const Context context = mean.context();
+    image.paint(context.get(), 0.5);
+    cairo_set_operator(context.get(), CAIRO_OPERATOR_ADD);
+    cairo_rotate(context.get(), radians);
+    image.paint(context.get(), 0.5);
+    return mean;
 }
 
-/// Draws the body as an open shutter sees it: the mean of many along its way. Each
-/// doubling makes twice as many of them, so that a few turned images do.
-void drawBlurred(cairo_t *context, Point middle, RotorKind kind, const RotorState &state)
+/// Pixels a point of the context.
+double resolutionOf(cairo_t *context)
+{
+    double x = 1;
+    double y = 0;
+    cairo_user_to_device_distance(context, &x, &y);
+    return std::hypot(x, y);
+}
+
+/// Draws the body around the origin as an open shutter sees it: the mean of many along
+/// its way. Each doubling makes twice as many of them, so that a few turned images do.
+void drawBlurred(cairo_t *context, RotorKind kind, const RotorState &state)
 {
     const double way = state.speed * shutter;
     const double doublings = std::clamp(std::ceil(std::log2(way / blurStep)), 0.0, mostDoublings);
-    cairo_push_group(context);
-    cairo_translate(context, middle.x, middle.y);
-    cairo_rotate(context, front + sense(kind) * fullTurn * state.angle);
-    drawBody(context, kind, state.accent);
-    Pattern image(cairo_pop_group(context));
+    // What is blurred that far has no use for finer pixels.
+    const double resolution = resolutionOf(context);
+    Layer image(doublings > crispDoublings ? std::min(resolution, 1.0) : resolution);
+    const Context body = image.context();
+    cairo_rotate(body.get(), front + sense(kind) * fullTurn * state.angle);
+    drawBody(body.get(), kind, state.accent);
     double turn = -sense(kind) * fullTurn * way / std::exp2(doublings);
     for (int doubling = 0; doubling < static_cast<int>(doublings); ++doubling) {
-        image = meanWithTurned(context, middle, image, turn);
+        image = meanWithTurned(image, turn);
         turn *= 2;
     }
-    cairo_set_source(context, image.get());
-    cairo_paint(context);
+    image.paint(context, 1);
 }
 
 /// A light on the rim where the rotor points, with a trail as long as it is fast.
@@ -227,9 +261,10 @@ void drawRotor(cairo_t *context, const Box &box, RotorKind kind, const RotorStat
     const Point middle = middleOf(box);
     drawLight(context, middle, kind, state);
     cairo_save(context);
-    circle(context, middle, bodyRadius + 2);
-    cairo_clip(context);
-    drawBlurred(context, middle, kind, state);
+    cairo_translate(context, middle.x, middle.y);
+    drawBlurred(context, kind, state);
+    // It looks the same at every angle.
+    drawHub(context, 14);
     cairo_restore(context);
     drawMicrophones(context, middle, state.spread);
     const double base = box.y + box.height - 10;

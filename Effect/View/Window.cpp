@@ -5,8 +5,9 @@
 #include "Effect/View/Layout.hpp"
 
 #include <X11/Xutil.h>
-#include <cairo-xlib.h>
 
+#include <algorithm>
+#include <bit>
 #include <stdexcept>
 
 namespace effect::view
@@ -28,6 +29,14 @@ constexpr unsigned wheelDown = 5;
 /// The least size that is legible.
 constexpr double leastScale = 0.6;
 
+/// Whether the window's pixels are those of cairo's images.
+bool takesPixels(const XWindowAttributes &window)
+{
+    const Visual &visual = *window.visual;
+    return (window.depth == 24 || window.depth == 32) && visual.red_mask == 0xFF0000 &&
+           visual.green_mask == 0xFF00 && visual.blue_mask == 0xFF;
+}
+
 bool isFine(unsigned state)
 {
     return (state & ShiftMask) != 0;
@@ -37,9 +46,14 @@ bool isFine(unsigned state)
 
 void Window::Disconnect::operator()(Display *display) const
 {
-    // The window goes with its connection.
+    // The window and all else go with their connection.
     const ErrorTrap trap(display);
     XCloseDisplay(display);
+}
+
+void Window::FreeContext::operator()(GC context) const
+{
+    XFreeGC(display, context);
 }
 
 Window::Window(::Window parent, PixelSize size) : display_(XOpenDisplay(nullptr)), size_(size)
@@ -62,8 +76,11 @@ Window::Window(::Window parent, PixelSize size) : display_(XOpenDisplay(nullptr)
     if (trap.caught() || XGetWindowAttributes(display_.get(), id_, &actual) == 0) {
         throw std::runtime_error("The parent window is none.");
     }
-    surface_.reset(
-        cairo_xlib_surface_create(display_.get(), id_, actual.visual, size.width, size.height));
+    if (!takesPixels(actual)) {
+        throw std::runtime_error("The parent window has other colours than ours.");
+    }
+    depth_ = static_cast<unsigned>(actual.depth);
+    context_ = {XCreateGC(display_.get(), id_, 0, nullptr), FreeContext{display_.get()}};
 }
 
 void Window::resize(PixelSize size)
@@ -101,12 +118,29 @@ bool Window::dispatch(WindowListener &listener)
 void Window::show(cairo_surface_t *surface, const PixelBox &box)
 {
     const ErrorTrap trap(display_.get());
-    const Context context(cairo_create(surface_.get()));
-    cairo_set_source_surface(context.get(), surface, 0, 0);
-    cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
-    cairo_rectangle(context.get(), box.x, box.y, box.width, box.height);
-    cairo_fill(context.get());
-    cairo_surface_flush(surface_.get());
+    cairo_surface_flush(surface);
+    // Only borrows the pixels, so that nothing of it has to be destroyed.
+    XImage image{};
+    image.width = cairo_image_surface_get_width(surface);
+    image.height = cairo_image_surface_get_height(surface);
+    image.format = ZPixmap;
+    image.data = reinterpret_cast<char *>(cairo_image_surface_get_data(surface));
+    image.byte_order = std::endian::native == std::endian::little ? LSBFirst : MSBFirst;
+    image.bitmap_unit = 32;
+    image.bitmap_bit_order = image.byte_order;
+    image.bitmap_pad = 32;
+    image.depth = static_cast<int>(depth_);
+    image.bytes_per_line = cairo_image_surface_get_stride(surface);
+    image.bits_per_pixel = 32;
+    if (image.data == nullptr || XInitImage(&image) == 0) {
+        return;
+    }
+    const int x = std::clamp(box.x, 0, image.width);
+    const int y = std::clamp(box.y, 0, image.height);
+    const int right = std::clamp(box.x + box.width, x, image.width);
+    const int bottom = std::clamp(box.y + box.height, y, image.height);
+    XPutImage(display_.get(), id_, context_.get(), &image, x, y, x, y,
+              static_cast<unsigned>(right - x), static_cast<unsigned>(bottom - y));
     XFlush(display_.get());
 }
 
@@ -117,7 +151,6 @@ void Window::handle(XEvent &event, WindowListener &listener)
         const PixelSize size{event.xconfigure.width, event.xconfigure.height};
         if (size != size_) {
             size_ = size;
-            cairo_xlib_surface_set_size(surface_.get(), size.width, size.height);
             listener.resized(size);
         }
         break;

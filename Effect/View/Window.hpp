@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <type_traits>
 
 namespace effect::view
 {
@@ -34,7 +35,8 @@ protected:
 class Window
 {
 public:
-    /// Throws `std::runtime_error` without a display or without such a parent.
+    /// Throws `std::runtime_error` without a display or without such a parent, or where
+    /// its pixels are not 8 bits of red, green and blue.
     Window(::Window parent, PixelSize size);
 
     ::Window id() const { return id_; }
@@ -44,12 +46,17 @@ public:
     /// Hands out what has happened since; false once the window is gone.
     bool dispatch(WindowListener &listener);
 
-    /// Copies that part of the surface to the same place in the window.
+    /// Copies that part of the image surface to the same place in the window.
     void show(cairo_surface_t *surface, const PixelBox &box);
 
 private:
     struct Disconnect {
         void operator()(Display *display) const;
+    };
+
+    struct FreeContext {
+        Display *display;
+        void operator()(GC context) const;
     };
 
     void announceSizes();
@@ -62,7 +69,8 @@ private:
     ::Window id_ = None;
     PixelSize size_;
     bool isGone_ = false;
-    Surface surface_;
+    unsigned depth_ = 0;
+    std::unique_ptr<std::remove_pointer_t<GC>, FreeContext> context_;
 };
 
 } // namespace effect::view

@@ -12,6 +12,7 @@
 #include <lv2/midi/midi.h>
 #include <lv2/port-props/port-props.h>
 #include <lv2/presets/presets.h>
+#include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
 #include <algorithm>
@@ -265,6 +266,42 @@ TEST_F(Bundle, MarksTheSpeedsOnTheirScale)
             lilv_node_as_string(lilv_scale_point_get_label(point));
     }
     EXPECT_EQ(marks, (std::map<float, std::string>{{0, "Stop"}, {1, "Slow"}, {2, "Fast"}}));
+}
+
+TEST_F(Bundle, HasAViewForX11ThatRequiresLittle)
+{
+    const std::unique_ptr<LilvUIs, Release<lilv_uis_free>> views(lilv_plugin_get_uis(plugin));
+    ASSERT_EQ(lilv_uis_size(views.get()), 1U);
+    const LilvUI *view = lilv_uis_get(views.get(), lilv_uis_begin(views.get()));
+    EXPECT_STREQ(lilv_node_as_uri(lilv_ui_get_uri(view)), "urn:qrvx:parvane#view");
+    EXPECT_TRUE(lilv_ui_is_a(view, node(LV2_UI__X11UI).get()));
+    const Nodes required(lilv_world_find_nodes(world.get(), lilv_ui_get_uri(view),
+                                               node(LV2_CORE__requiredFeature).get(), nullptr));
+    std::set<std::string> features;
+    LILV_FOREACH(nodes, i, required.get())
+    {
+        features.insert(lilv_node_as_uri(lilv_nodes_get(required.get(), i)));
+    }
+    EXPECT_EQ(features, (std::set<std::string>{LV2_UI__parent, LV2_UI__idleInterface}));
+}
+
+TEST_F(Bundle, SendsTheRotorsToItsView)
+{
+    // The files are read when something of the plug-in is asked for.
+    ASSERT_EQ(lilv_plugin_get_num_ports(plugin), effect::portCount);
+    const Node view(lilv_new_uri(world.get(), "urn:qrvx:parvane#view"));
+    const Nodes notifications(lilv_world_find_nodes(world.get(), view.get(),
+                                                    node(LV2_UI__portNotification).get(), nullptr));
+    std::set<std::uint32_t> ports;
+    LILV_FOREACH(nodes, i, notifications.get())
+    {
+        const Node symbol(lilv_world_get(world.get(), lilv_nodes_get(notifications.get(), i),
+                                         node(LV2_CORE__symbol).get(), nullptr));
+        const LilvPort *port = lilv_plugin_get_port_by_symbol(plugin, symbol.get());
+        ASSERT_NE(port, nullptr);
+        ports.insert(lilv_port_get_index(plugin, port));
+    }
+    EXPECT_EQ(ports, (std::set<std::uint32_t>{15, 16, 17, 18}));
 }
 
 TEST_F(Bundle, InstantiatesAtReasonableRatesOnly)

@@ -14,12 +14,12 @@ namespace test
 namespace
 {
 
-[[noreturn]] void becomeServer(int answer)
+[[noreturn]] void becomeServer(int answer, const std::string &screen)
 {
     // However the tests end, their server ends with them.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const std::string descriptor = std::to_string(answer);
-    execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", "1280x800x24",
+    execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", screen.c_str(),
            "-nolisten", "tcp", "-noreset", nullptr);
     _exit(127);
 }
@@ -40,14 +40,15 @@ std::string readDisplay(int answer)
 
 } // namespace
 
-XServer::XServer()
+XServer::XServer(int width, int height)
 {
+    const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
         return;
     process_ = fork();
     if (process_ == 0)
-        becomeServer(ends[1]);
+        becomeServer(ends[1], screen);
     close(ends[1]);
     display_ = readDisplay(ends[0]);
     close(ends[0]);

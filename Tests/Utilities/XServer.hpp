@@ -12,7 +12,8 @@ namespace test
 class XServer
 {
 public:
-    XServer();
+    /// With a screen of that many pixels.
+    explicit XServer(int width = 1280, int height = 800);
     ~XServer();
     XServer(const XServer &) = delete;
     XServer &operator=(const XServer &) = delete;

@@ -106,3 +106,12 @@ TEST(RotorMotion, PassesOverWhatIsNoNumber)
     EXPECT_DOUBLE_EQ(motion.angle(), 0.25);
     EXPECT_EQ(motion.speed(), 0);
 }
+
+TEST(RotorMotion, KeepsSpeedsWithinThePortsRange)
+{
+    RotorMotion motion;
+    motion.reportSpeed(-3);
+    EXPECT_EQ(motion.speed(), 0);
+    motion.reportSpeed(1e30);
+    EXPECT_EQ(motion.speed(), 10);
+}
