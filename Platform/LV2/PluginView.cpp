@@ -6,6 +6,7 @@
 
 #include <lv2/atom/atom.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -85,7 +86,8 @@ void PluginView::tellControls(bool all)
             continue;
         const float value = instance_.control(port.index);
         // Compared as bits: what is not a number is told once, too.
-        if (!all && std::memcmp(&value, &told_[port.index], sizeof value) == 0)
+        if (!all &&
+            std::bit_cast<std::uint32_t>(value) == std::bit_cast<std::uint32_t>(told_[port.index]))
             continue;
         told_[port.index] = value;
         descriptor_.port_event(handle_, port.index, sizeof value, 0, &value);
