@@ -10,9 +10,9 @@
 #include "Benchmarks/Engine/Measurement.hpp"
 #include "Benchmarks/Engine/SoundFile.hpp"
 #include "Platform/Audio/AVAudioFile.hpp"
-#include "Platform/Foundation/DenormalMode.hpp"
 #include "Platform/Audio/OutputDevice.hpp"
 #include "Platform/Audio/PlayerCore.hpp"
+#include "Platform/Foundation/DenormalMode.hpp"
 
 #ifdef HAS_JUCE
 #include "Benchmarks/Engine/JUCE/JuceGraph.hpp"
