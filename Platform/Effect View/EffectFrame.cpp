@@ -121,9 +121,9 @@ void EffectFrame::showMessage(const Glib::ustring &text, const Glib::ustring &re
 
 void EffectFrame::didDraw()
 {
-    if (status_.phase == Phase::closed && scale_ == 0)
-        open();
-    else if (status_.phase == Phase::open && scale_ != get_scale_factor())
+    const bool isFirst = status_.phase == Phase::closed && scale_ == 0;
+    const bool isOfOtherScale = status_.phase == Phase::open && scale_ != get_scale_factor();
+    if (isFirst || isOfOtherScale)
         open();
     else
         fitView();

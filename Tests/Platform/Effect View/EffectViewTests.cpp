@@ -195,8 +195,11 @@ TEST_F(EffectViewTest, ScrollsWhereTheViewIsLargerThanItsPlace)
     show("tall");
     ASSERT_TRUE(shown->waitUntilOpen());
     ASSERT_TRUE(waitFor([&] { return x().extent(shown->own()).height >= 1500; }));
-    ASSERT_TRUE(waitFor(
-        [&] { return x().extent(shown->outer()).height == x().extent(shown->toplevel()).height; }));
+    // Clipped by what is around it, of which a frame may be the window's own.
+    ASSERT_TRUE(waitFor([&] {
+        const int height = x().extent(shown->outer()).height;
+        return height > windowHeight - 40 && height <= windowHeight;
+    }));
     EXPECT_EQ(x().extent(shown->inner()).y, 0);
     auto *scroller =
         find<Gtk::ScrolledWindow>(widget(), [](Gtk::ScrolledWindow &) { return true; });
