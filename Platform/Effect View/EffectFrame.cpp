@@ -60,6 +60,13 @@ EffectFrame::EffectFrame(std::shared_ptr<effect::EffectView> view)
 
 EffectFrame::~EffectFrame()
 {
+    close();
+}
+
+void EffectFrame::close()
+{
+    if (std::exchange(isClosed_, true))
+        return;
     view_->setListener(nullptr);
     // The view keeps its window until it is closed.
     area_.setFrameHandler(nullptr);

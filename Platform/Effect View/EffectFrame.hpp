@@ -24,6 +24,11 @@ public:
     explicit EffectFrame(std::shared_ptr<effect::EffectView> view);
     ~EffectFrame() override;
 
+    /// Closes the view for good, though the frame may stay.
+    void close();
+    /// What finds the frame as long as it is there.
+    std::weak_ptr<EffectFrame *> self() const { return self_; }
+
     /// While something else is shown in front.
     void setCovered(bool covered) { area_.setCovered(covered); }
 
@@ -54,6 +59,7 @@ private:
     Gtk::Button remedy_;
     /// With how many pixels a point the view was opened; 0 before.
     int scale_ = 0;
+    bool isClosed_ = false;
     /// The size that the view came with.
     std::optional<lv2::ViewSize> natural_;
     Extent fitted_;

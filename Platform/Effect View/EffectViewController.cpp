@@ -35,9 +35,16 @@ EffectViewController::EffectViewController(std::shared_ptr<effect::EffectView> e
 {
 }
 
+EffectViewController::~EffectViewController()
+{
+    if (!frameIsThere_.expired())
+        frame_->close();
+}
+
 void EffectViewController::loadView()
 {
     frame_ = Gtk::make_managed<EffectFrame>(effectView_);
+    frameIsThere_ = frame_->self();
     setView(std::make_shared<UIView>(std::make_unique<interface::Widget>(*frame_)));
 }
 

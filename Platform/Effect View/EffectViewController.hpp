@@ -16,6 +16,9 @@ class EffectViewController final : public AUViewController
 public:
     explicit EffectViewController(std::shared_ptr<effect::EffectView> effectView);
 
+    /// Closes the effect's view, whoever still has ours.
+    ~EffectViewController() override;
+
     void loadView() override;
     void viewWillAppear(bool animated) override;
     void viewDidAppear(bool animated) override;
@@ -25,6 +28,7 @@ private:
     const std::shared_ptr<effect::EffectView> effectView_;
     // Belongs to the view.
     EffectFrame *frame_ = nullptr;
+    std::weak_ptr<EffectFrame *> frameIsThere_;
 };
 
 } // namespace platform::effectview
