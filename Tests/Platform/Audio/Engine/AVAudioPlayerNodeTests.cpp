@@ -359,12 +359,16 @@ TEST_F(PlayerTest, TheLastHandleMayGoInACompletion)
 {
     start(stereo);
     const std::weak_ptr<AVAudioPlayerNode> node = player;
-    player->scheduleFile(file(test::noise(2, 100)), [this] {
+    std::promise<void> gone;
+    player->scheduleFile(file(test::noise(2, 100)), [this, &gone] {
         engine.detach(player);
         player.reset();
+        gone.set_value();
     });
     player->play();
     render(1000);
+    // A detached player is not waited for.
+    gone.get_future().wait();
     EXPECT_TRUE(node.expired());
 }
 
