@@ -93,11 +93,6 @@ bool MessageSocket::waitForRoom(Clock::time_point deadline) const
     return true;
 }
 
-void MessageSocket::shutDown() noexcept
-{
-    ::shutdown(socket_.get(), SHUT_RDWR);
-}
-
 bool MessageSocket::receive()
 {
     // Not all there is: somebody might go on sending for ever.

@@ -51,9 +51,6 @@ public:
     bool send(MessageKind kind, std::uint64_t number, std::span<const std::byte> body,
               int descriptor, Clock::time_point deadline);
 
-    /// Ends both directions: who sends or waits at either end hears of it. Any thread.
-    void shutDown() noexcept;
-
     /// Takes in some of what has come, without waiting. Answers false when no more will
     /// come. Throws a `ProtocolBreach` for a message that is too long, and for file
     /// descriptors that no message speaks of. One thread.

@@ -106,7 +106,7 @@ TEST_F(MessageSockets, BringFileDescriptorsAcrossWithTheirMessages)
 
 TEST_F(MessageSockets, TellWhenTheOtherEndHasGone)
 {
-    left.shutDown();
+    ASSERT_EQ(::shutdown(left.descriptor(), SHUT_RDWR), 0);
     EXPECT_FALSE(right.receive());
     EXPECT_FALSE(right.send(MessageKind::answer, 1, {}, -1, soon()));
 }
