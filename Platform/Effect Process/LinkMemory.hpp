@@ -38,7 +38,7 @@ struct LinkHeader {
     // Each is read once: it could be another the next time.
     std::atomic<std::uint32_t> isRendered;       ///< 0 or 1
     std::atomic<std::uint32_t> outputEventBytes; ///< used of `outputEvents`
-    std::atomic<std::uint32_t> lostEvents;       ///< found no room since the link was made
+    std::atomic<std::uint32_t> lostEvents;       ///< that found no room this time
     std::atomic<float> latency;                  ///< frames, from 0 to `longestLatency`
 };
 
