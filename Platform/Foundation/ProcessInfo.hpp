@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// The running process. Any thread.
 class ProcessInfo
@@ -22,4 +23,8 @@ public:
     /// The folder that holds `bin` and `share` of this program, without a
     /// trailing slash: the root of its installation or of its build tree.
     std::string installationPrefix() const;
+
+    /// Where libraries of this program may lie, without a trailing slash: the
+    /// installation's folder for them, then the build tree's, which is always `lib`.
+    std::vector<std::string> libraryFolders() const;
 };

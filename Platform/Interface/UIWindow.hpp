@@ -45,6 +45,8 @@ private:
     UIWindow(std::unique_ptr<platform::interface::Widget> widget, std::unique_ptr<Pages> pages);
 
     void showRootView();
+    void removePages();
+    void disownPages();
     void addPage(const std::shared_ptr<UIViewController> &controller);
     void watchSurface();
     void didLayout();
