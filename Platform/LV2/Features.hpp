@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/RunLengths.hpp"
 #include "Platform/LV2/Worker.hpp"
 
 #include <lv2/core/lv2.h>
@@ -26,6 +27,7 @@ public:
     struct Values {
         double sampleRate;
         std::uint32_t maximumFrames;
+        RunLengths runLengths;
         std::uint32_t sequenceSize;
         std::optional<std::string> contextName;
     };
@@ -50,10 +52,10 @@ public:
 private:
     LV2_Options_Option contextOption() const;
     void fillOptions();
-    void fillLists();
+    void fillLists(const RunLengths &lengths);
 
     float sampleRate_;
-    std::int32_t minimumFrames_ = 1;
+    std::int32_t minimumFrames_;
     std::int32_t maximumFrames_;
     std::int32_t sequenceSize_;
     std::string contextName_;
@@ -69,7 +71,7 @@ private:
     LV2_Feature makePath_;
     LV2_Feature mapPath_;
     LV2_Feature freePath_;
-    std::array<const LV2_Feature *, 13> instanceList_{};
+    std::array<const LV2_Feature *, 17> instanceList_{};
     std::array<const LV2_Feature *, 10> stateList_{};
 };
 
