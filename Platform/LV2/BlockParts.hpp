@@ -13,6 +13,7 @@ namespace platform::lv2
 class BlockParts
 {
 public:
+    /// For blocks of so many channels.
     BlockParts(std::size_t inputs, std::size_t outputs) : inputs_(inputs), outputs_(outputs) {}
 
     /// The channels from frame `first` on, valid until the next call.
@@ -22,6 +23,7 @@ public:
             inputs_[i] = block[i] + first;
         return inputs_.data();
     }
+    /// The same for outputs.
     REALTIME float *const *outputs(float *const *block, std::uint32_t first) noexcept
     {
         for (std::size_t i = 0; i < outputs_.size(); ++i)

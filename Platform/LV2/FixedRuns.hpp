@@ -17,14 +17,16 @@ namespace platform::lv2
 class FixedRuns
 {
 public:
+    /// What is to be gathered.
     struct Shape {
-        std::size_t inputs;
-        std::size_t outputs;
-        std::size_t midiOutputs;
+        std::size_t inputs;          ///< channels to the plug-in
+        std::size_t outputs;         ///< channels from it
+        std::size_t midiOutputs;     ///< ports that emit MIDI
         std::uint32_t frames;        ///< of a run
         std::uint32_t eventCapacity; ///< in bytes, of one sequence
     };
 
+    /// Allocates all that it takes.
     explicit FixedRuns(const Shape &shape);
 
     /// Whether such a block is a run as it is. As long as all have been so, nothing is
@@ -38,12 +40,12 @@ public:
 
     /// What a run takes and gives.
     struct Run {
-        const float *const *inputs;
-        float *const *outputs;
-        std::uint32_t frames;
+        const float *const *inputs; ///< one pointer a channel
+        float *const *outputs;      ///< one pointer a channel
+        std::uint32_t frames;       ///< always the same
         /// The first frame's place in the host's block; below zero before it.
         std::int64_t offset;
-        EventBuffer &events;
+        EventBuffer &events; ///< with frames of the run
         /// One for each MIDI output, for what the run emits.
         std::vector<EventBuffer> &emitted;
     };

@@ -17,6 +17,7 @@ public:
     /// Frames on either side of a block.
     static constexpr std::uint32_t zone = 64;
 
+    /// For blocks of up to `maximumFrames` frames.
     GuardedOutputs(std::size_t channels, std::uint32_t maximumFrames);
 
     /// Makes ready for a run of `frames` frames: where the plug-in is to write.

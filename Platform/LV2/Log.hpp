@@ -20,6 +20,7 @@ namespace platform::lv2
 class Log
 {
 public:
+    /// A log whose lines begin with that name.
     explicit Log(std::string pluginName);
     Log(const Log &) = delete;
     Log &operator=(const Log &) = delete;
@@ -31,6 +32,7 @@ public:
     /// the plug-in itself.
     void say(std::string_view line);
 
+    /// What the plug-in is handed; valid as long as this.
     LV2_Log_Log *feature() { return &feature_; }
 
     /// Marks the calling thread as the audio callback for its lifetime.

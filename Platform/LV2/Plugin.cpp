@@ -128,6 +128,8 @@ void Plugin::readPorts()
             throw PlatformError(fmt::format("{} describes no port {}.", name_, i));
         ports_.push_back(readPort(port));
         settleRange(ports_.back(), minima[i], maxima[i], defaults[i]);
+        // Bounds that nobody has named are not to be kept to.
+        ports_.back().hasStrictBounds &= std::isfinite(minima[i]) && std::isfinite(maxima[i]);
         // Whoever plays through a plug-in wants to hear it.
         if (ports_.back().isEnabling)
             ports_.back().defaultValue =

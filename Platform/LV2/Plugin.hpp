@@ -19,11 +19,11 @@ namespace platform::lv2
 class Plugin
 {
 public:
+    /// A preset that the bundles hold for the plug-in.
     struct Preset {
-        std::string uri;
-        std::string label;
-        /// The name of the bank that it belongs to; empty for none.
-        std::string bank;
+        std::string uri;   ///< to load it by
+        std::string label; ///< what people read
+        std::string bank;  ///< the name of the bank that it belongs to; empty for none
 
         /// What tells it from the presets of other banks.
         std::string name() const { return bank.empty() ? label : bank + ": " + label; }
@@ -34,10 +34,14 @@ public:
     /// describes it or the data makes no sense.
     Plugin(const std::string &uri, const std::vector<std::string> &bundles);
 
+    /// What the plug-in is known by.
     const std::string &uri() const { return uri_; }
+    /// What people call it.
     const std::string &name() const { return name_; }
+    /// All ports in the order of their indices.
     const std::vector<Port> &ports() const { return ports_; }
 
+    /// Whether the data names the feature, as required or as optional.
     bool hasFeature(const char *feature) const;
     /// The lengths of run that it requires.
     const RunLengths &runLengths() const { return runLengths_; }

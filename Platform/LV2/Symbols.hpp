@@ -7,6 +7,8 @@ namespace platform::lv2
 
 /// Numbers that the host itself uses, looked up once.
 struct Symbols {
+    ///@{
+    /// The number of the URI of that name.
     LV2_URID atomChunk;
     LV2_URID atomDouble;
     LV2_URID atomFloat;
@@ -19,6 +21,7 @@ struct Symbols {
     LV2_URID atomString;
     LV2_URID midiEvent;
     LV2_URID timePosition;
+    ///@}
 
     /// Any thread. The first call must not be on the audio callback.
     static const Symbols &shared();

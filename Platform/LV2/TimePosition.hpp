@@ -24,21 +24,24 @@ std::optional<TimeQuantity> timeQuantityOf(std::string_view uri);
 class TimePosition
 {
 public:
-    static constexpr double beatsPerMinute = 120.0;
-    static constexpr double beatsPerBar = 4.0;
+    static constexpr double beatsPerMinute = 120.0; ///< the tempo
+    static constexpr double beatsPerBar = 4.0;      ///< beats in a bar
 
+    /// At the beginning, with `sampleRate` frames a second.
     explicit TimePosition(double sampleRate);
 
     /// Goes to a time that counts frames since rendering began.
     REALTIME void moveTo(std::int64_t sampleTime) noexcept;
 
+    /// One quantity of where it stands.
     REALTIME double value(TimeQuantity quantity) const noexcept
     {
         return values_[static_cast<std::size_t>(quantity)];
     }
 
-    /// Writes the body of a `time:Position` object.
+    /// Room for what `write` writes.
     using Body = std::array<std::uint8_t, 320>;
+    /// Writes the body of a `time:Position` object.
     REALTIME std::span<const std::uint8_t> write(Body &body) const noexcept;
 
 private:

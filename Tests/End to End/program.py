@@ -106,15 +106,19 @@ class Installation:
         (self.resources / "manual.pdf").write_bytes(document)
 
     def recording(self):
-        """What reached the disk driver: samples of all channels, in turn."""
-        samples = array.array("f")
-        content = (self.root / "recording.raw").read_bytes()
-        samples.frombytes(content[:len(content) // 4 * 4])
-        return samples
+        return recording(self.root)
 
     def run(self, lv2_path, **environment):
         """Starts the program; a variable of the environment that is None is unset."""
         return Program(self, lv2_path, environment)
+
+
+def recording(folder):
+    """What reached the disk driver: samples of all channels, in turn."""
+    samples = array.array("f")
+    content = (folder / "recording.raw").read_bytes()
+    samples.frombytes(content[:len(content) // 4 * 4])
+    return samples
 
 
 class Program:

@@ -3,6 +3,8 @@
 #include "Platform/Audio/AVAudioUnitComponentManager.hpp"
 #include "Platform/Audio/ComponentRegistry.hpp"
 #include "Platform/Audio/DerivedDescription.hpp"
+#include "Platform/Audio/LV2Path.hpp"
+#include "Platform/Foundation/ProcessInfo.hpp"
 
 #include <gmock/gmock.h>
 
@@ -12,6 +14,7 @@
 
 using platform::audio::derivedDescription;
 using platform::audio::fourCharacterCode;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -230,6 +233,14 @@ TEST_F(ComponentRegistry, ExpandsThePath)
     const test::EnvironmentVariable home("HOME", folder().parent_path());
     usePath("~/" + folder().filename().string());
     EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+}
+
+TEST_F(ComponentRegistry, LooksBesideTheProgramWhenNoPathIsSet)
+{
+    const std::string beside = ProcessInfo::processInfo().installationPrefix() + "/lib/lv2";
+    EXPECT_THAT(platform::audio::lv2Folders(), ElementsAre(folder().string()));
+    usePath(std::nullopt);
+    EXPECT_THAT(platform::audio::lv2Folders(), Contains(beside));
 }
 
 TEST_F(ComponentRegistry, DerivesADescriptionWhereNoneIsGiven)
