@@ -28,8 +28,9 @@ public:
     PortBuffers(const PortBuffers &) = delete;
     PortBuffers &operator=(const PortBuffers &) = delete;
 
-    /// Audio ports of the main signal.
+    /// Audio inputs of the main signal.
     std::size_t inputCount() const { return inputs_.size(); }
+    /// Audio outputs of the main signal.
     std::size_t outputCount() const { return outputs_.size(); }
 
     /// The largest buffer of an atom port, in bytes.
