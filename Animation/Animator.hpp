@@ -116,7 +116,9 @@ public:
     /// default interval and curve.
     virtual void rewind();
 
+    /// Where the run ends.
     virtual float getDestinationValue() const;
+    /// Where the run began.
     virtual float getSourceValue() const;
     /// The current value: after `animate`, the one that the next step reports.
     virtual float getValue() const;
@@ -137,11 +139,12 @@ public:
     /// Changes the interval, in seconds, from the next `start` on.
     virtual void setInterval(float interval);
 
-    // The curves take the frame, the source, the distance and the number of frames,
-    // and answer the value. Single-precision arithmetic in the order of the formulas
-    // (Penner's, with departures that are meant to be). Nothing is clamped; 0 frames
-    // give infinities and not-a-number. An override changes every curve that is
-    // built on it.
+    ///@{
+    /// The curves take the frame, the source, the distance and the number of frames,
+    /// and answer the value. Single-precision arithmetic in the order of the formulas
+    /// (Penner's, with departures that are meant to be). Nothing is clamped; 0 frames
+    /// give infinities and not-a-number. An override changes every curve that is
+    /// built on it.
     virtual float easeInElastic(std::int64_t currentFrame, float sourceValue, float amount,
                                 std::int64_t numFrames) const;
     virtual float easeOutElastic(std::int64_t currentFrame, float sourceValue, float amount,
@@ -158,6 +161,7 @@ public:
                                 std::int64_t numFrames) const;
     virtual float easeOutInBack(std::int64_t currentFrame, float sourceValue, float amount,
                                 std::int64_t numFrames) const;
+    ///@}
 
 private:
     friend class AnimationSequencer;
@@ -261,7 +265,9 @@ public:
     /// Adds an entry, first stepped on the next tick; none is ignored. The same
     /// animator may be added several times. Its own timer is left alone.
     virtual void add(std::shared_ptr<Animator> item);
+    /// The number of entries.
     virtual std::int64_t getCount() const;
+    /// The entries in the order in which they were added.
     virtual std::vector<std::shared_ptr<Animator>> getItems() const;
 
     /// A timer started before is not ended: both drive the stack.
@@ -271,6 +277,7 @@ public:
     /// One tick. It is a fatal error when an animator finishes that a callback has
     /// taken out of the stack, by stopping it, within the tick.
     virtual void animate();
+    /// Ends the timer and empties the stack.
     virtual void reset();
 
 private:
@@ -307,7 +314,9 @@ public:
     /// Stops, then removes all.
     virtual void removeAll();
 
+    /// The number of entries.
     virtual std::int64_t getCount() const;
+    /// The entry that the next tick steps, counted from 0.
     virtual std::int64_t getCurrentIndex() const;
     /// The current animator, but none while it is the first or the last.
     virtual std::shared_ptr<Animator> getCurrentItem() const;
@@ -322,6 +331,7 @@ public:
     /// One tick: steps the current animator and goes to the next when it has
     /// finished; with `async`, starts the current one and goes to the next.
     virtual void animate();
+    /// Ends the timer and goes back to the first entry; the animators stay as they are.
     virtual void reset();
 
 private:
@@ -367,6 +377,7 @@ public:
     virtual std::int64_t getCount() const;
     /// The number of running animators.
     virtual std::int64_t getCurrentCount() const;
+    /// The tick that comes next, from 0 at the timeline's beginning.
     virtual std::int64_t getCurrentFrame() const;
     /// The entry from which the search for animators to start begins.
     virtual std::int64_t getCurrentIndex() const;
@@ -393,6 +404,7 @@ private:
     virtual void findAnimators();
     virtual void scheduleItem(const std::shared_ptr<Animator> &item);
     virtual void calculateFrames();
+    /// Sets the push and the value to 0; a timer goes on.
     virtual void reset();
 
     void stepItem(Animator &item);
@@ -467,6 +479,7 @@ public:
     virtual bool isFinished() const;
     /// The amount given to the last `setup`.
     virtual float getSourceValue() const;
+    /// Sets the push and the value to 0; a timer goes on.
     virtual void reset();
 
 private:

@@ -25,6 +25,12 @@ target_compile_options(parvane_settings INTERFACE
     # Products and sums are rounded one by one, so that results have the same
     # bits with every compiler.
     -ffp-contract=off)
+if(PARVANE_COVERAGE)
+    # A static library has no end of its own to write counters at.
+    target_sources(parvane_settings INTERFACE
+        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c>")
+    target_link_options(parvane_settings INTERFACE "LINKER:--wrap=abort,--wrap=_exit")
+endif()
 if(PARVANE_SANITIZE)
     # Applied everywhere: a library built without would hide what it does.
     add_compile_options(-fsanitize=${PARVANE_SANITIZE} -fno-omit-frame-pointer

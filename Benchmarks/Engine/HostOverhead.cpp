@@ -9,6 +9,7 @@
 #include "Benchmarks/Engine/EngineRender.hpp"
 #include "Benchmarks/Engine/Measurement.hpp"
 #include "Benchmarks/Engine/SoundFile.hpp"
+#include "Benchmarks/Report/Report.hpp"
 #include "Platform/Foundation/DenormalMode.hpp"
 
 #include <fmt/core.h>
@@ -58,33 +59,31 @@ double seconds(const Cost &cost, Clock clock)
     return clock == Clock::wall ? cost.wall : cost.processor;
 }
 
-double medianMilliseconds(const std::vector<Cost> &costs, Clock clock)
+std::vector<double> seconds(const std::vector<Cost> &costs, Clock clock)
 {
     std::vector<double> values;
     values.reserve(costs.size());
     for (const Cost &cost : costs)
-        values.push_back(1e3 * seconds(cost, clock));
-    return median(std::move(values));
+        values.push_back(seconds(cost, clock));
+    return values;
 }
 
-/// The median of the ratios of the rounds: what drifts from round to round is left
-/// out.
-double ratioToSum(const Trial &trial, Clock clock)
+double medianMilliseconds(const std::vector<Cost> &costs, Clock clock)
 {
-    std::vector<double> values;
-    for (std::size_t round = 0; round < trial.engine.size(); ++round)
-        values.push_back(seconds(trial.engine[round], clock) /
-                         seconds(trial.run[round] + trial.decoding[round], clock));
-    return median(std::move(values));
+    return 1e3 * median(seconds(costs, clock));
 }
 
-double ratioToLoop(const Trial &trial, Clock clock)
+std::vector<double> ratiosToSum(const Trial &trial, Clock clock)
 {
-    std::vector<double> values;
-    for (std::size_t round = 0; round < trial.engine.size(); ++round)
-        values.push_back(seconds(trial.engine[round], clock) /
-                         seconds(trial.together[round], clock));
-    return median(std::move(values));
+    std::vector<double> sums;
+    for (std::size_t round = 0; round < trial.run.size(); ++round)
+        sums.push_back(seconds(trial.run[round] + trial.decoding[round], clock));
+    return ratios(seconds(trial.engine, clock), sums);
+}
+
+std::vector<double> ratiosToLoop(const Trial &trial, Clock clock)
+{
+    return ratios(seconds(trial.engine, clock), seconds(trial.together, clock));
 }
 
 template <typename Take>
@@ -162,27 +161,28 @@ void printTable(const std::vector<Trial> &trials)
                "to sum,", "to loop", "to loop,", "", "", "", "", "loop", "", "wall", "", "wall", "",
                "wall");
     for (const Trial &trial : trials)
-        fmt::print("{:42} {:>5} {:7.1f} {:7.1f} {:8.1f} {:7.1f} {:7.1f} {:9.3f} {:9.3f} {:9.3f} "
-                   "{:9.3f}\n",
-                   trial.plugin, trial.block.frames,
-                   medianMilliseconds(trial.run, Clock::processor),
-                   medianMilliseconds(trial.decoding, Clock::processor),
-                   medianMilliseconds(trial.together, Clock::processor),
-                   medianMilliseconds(trial.engine, Clock::processor),
-                   medianMilliseconds(trial.engine, Clock::wall),
-                   ratioToSum(trial, Clock::processor), ratioToSum(trial, Clock::wall),
-                   ratioToLoop(trial, Clock::processor), ratioToLoop(trial, Clock::wall));
+        fmt::print(
+            "{:42} {:>5} {:7.1f} {:7.1f} {:8.1f} {:7.1f} {:7.1f} {:9.3f} {:9.3f} {:9.3f} "
+            "{:9.3f}\n",
+            trial.plugin, trial.block.frames, medianMilliseconds(trial.run, Clock::processor),
+            medianMilliseconds(trial.decoding, Clock::processor),
+            medianMilliseconds(trial.together, Clock::processor),
+            medianMilliseconds(trial.engine, Clock::processor),
+            medianMilliseconds(trial.engine, Clock::wall),
+            median(ratiosToSum(trial, Clock::processor)), median(ratiosToSum(trial, Clock::wall)),
+            median(ratiosToLoop(trial, Clock::processor)),
+            median(ratiosToLoop(trial, Clock::wall)));
     fmt::print("\n");
 }
 
 void reportGoals(const Trial &trial)
 {
     const std::string what =
-        fmt::format("of {}, {}, processor time", trial.block.frames, trial.plugin);
-    reportGoal("Engine over bare run + decoding, blocks " + what, trial.block.goal,
-               ratioToSum(trial, Clock::processor));
-    reportGoal("Engine over one bare loop, blocks " + what, trial.block.goal,
-               ratioToLoop(trial, Clock::processor));
+        fmt::format("A minute in blocks of {}, {}", trial.block.frames, trial.plugin);
+    printRow(
+        {what, "run and decoding alone", trial.block.goal, ratiosToSum(trial, Clock::processor)});
+    printRow(
+        {what, "one bare loop of both", trial.block.goal, ratiosToLoop(trial, Clock::processor)});
 }
 
 void compare(int rounds, const std::string &only)

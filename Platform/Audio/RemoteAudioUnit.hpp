@@ -24,6 +24,7 @@ class MIDIDelivery;
 class RemoteAudioUnit final : public AUAudioUnit
 {
 public:
+    /// How long the effect may owe an answer, and how often it may fail.
     using Limits = platform::effect::EffectProcess::Limits;
 
     /// Starts the process and instantiates the component's plug-in there. A

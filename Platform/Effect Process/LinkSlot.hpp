@@ -34,6 +34,7 @@ public:
     /// Renders a block on the audio callback, as `EffectProcess::render`.
     REALTIME bool render(const Block &block) noexcept;
 
+    /// Whether there is no link.
     bool isEmpty() const { return !link_; }
     /// For how long the effect has owed a block.
     std::chrono::nanoseconds overdue() const;

@@ -17,6 +17,7 @@ class GlobalQueue final : public DispatchQueue::Implementation
 public:
     GlobalQueue();
 
+    /// Gives the task to an idle thread, to a new one, or to the first that is free.
     void async(std::function<void()> task) override;
     bool isCurrent() const override;
 

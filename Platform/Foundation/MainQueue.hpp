@@ -16,6 +16,7 @@ class MainQueue final : public DispatchQueue::Implementation
 public:
     MainQueue();
 
+    /// Puts the task at the end, and wakes the main context when there was none.
     void async(std::function<void()> task) override;
     bool isCurrent() const override { return isMainThread(); }
 

@@ -8,10 +8,12 @@
 class ProcessInfo
 {
 public:
+    /// The one instance.
     static const ProcessInfo &processInfo();
 
     /// The executable's file name.
     std::string processName() const;
+    /// The process's number, as the system counts them.
     std::int32_t processIdentifier() const;
 
     /// Text that no other call answers, in this or any process: a random UUID (RFC 4122,

@@ -16,11 +16,13 @@ class SerialQueue final : public DispatchQueue::Implementation,
                           public std::enable_shared_from_this<SerialQueue>
 {
 public:
+    /// A queue whose thread runs, named after the label's last component.
     static std::shared_ptr<SerialQueue> create(std::string label);
 
     /// For `create`.
     explicit SerialQueue(std::string label) : DispatchQueue::Implementation(std::move(label)) {}
 
+    /// Puts the task at the end.
     void async(std::function<void()> task) override;
     bool isCurrent() const override;
     /// Waits for the thread's end, unless called on it.

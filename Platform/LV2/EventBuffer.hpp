@@ -17,10 +17,11 @@ namespace platform::lv2
 class EventBuffer
 {
 public:
+    /// One event of the sequence.
     struct Event {
-        std::int64_t frame;
-        LV2_URID type;
-        std::span<const std::uint8_t> bytes;
+        std::int64_t frame;                  ///< of the block
+        LV2_URID type;                       ///< of the atom
+        std::span<const std::uint8_t> bytes; ///< the atom's body, in the buffer
     };
 
     /// Room for `capacity` bytes, of which the header takes 16.
@@ -28,6 +29,7 @@ public:
 
     /// What the port is connected to.
     LV2_Atom_Sequence *sequence() { return reinterpret_cast<LV2_Atom_Sequence *>(words_.data()); }
+    /// In bytes, the header among them.
     std::uint32_t capacity() const { return capacity_; }
 
     /// An empty sequence, for an input.

@@ -23,17 +23,20 @@ inline constexpr const char *contextNameOption = "urn:qrvx:audio-component#conte
 class Features
 {
 public:
+    /// What the options say.
     struct Values {
-        double sampleRate;
-        std::uint32_t maximumFrames;
-        std::uint32_t sequenceSize;
-        std::optional<std::string> contextName;
+        double sampleRate;                      ///< in Hz
+        std::uint32_t maximumFrames;            ///< of a block
+        std::uint32_t sequenceSize;             ///< of an atom port's buffer, in bytes
+        std::optional<std::string> contextName; ///< none: the option is left out
     };
 
     /// Whether a plug-in may require the feature of this URI.
     static bool serves(std::string_view feature);
+    /// Whether a plug-in may require the option of this URI.
     static bool servesOption(std::string_view option);
 
+    /// Features whose pointers are valid as long as this, the exchange and the worker.
     Features(const Values &values, Exchange &exchange, Worker &worker);
     Features(const Features &) = delete;
     Features &operator=(const Features &) = delete;

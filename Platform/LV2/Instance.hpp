@@ -27,12 +27,13 @@ namespace platform::lv2
 class Instance
 {
 public:
+    /// What an instance is made for.
     struct Settings {
-        double sampleRate = 48000.0;
-        std::uint32_t maximumFrames = 1024;
+        double sampleRate = 48000.0;        ///< in Hz
+        std::uint32_t maximumFrames = 1024; ///< of a block
         /// Rendering is not bound to time, and work is done in place.
         bool isOffline = false;
-        std::optional<std::string> contextName;
+        std::optional<std::string> contextName; ///< as the option tells it
     };
 
     /// Makes and activates an instance, in the state `restored` or else in its
@@ -52,6 +53,7 @@ public:
     REALTIME bool run(const float *const *inputs, float *const *outputs, std::uint32_t frames,
                       std::int64_t sampleTime) noexcept;
 
+    /// What it was made for, with the context's name of now.
     const Settings &settings() const { return settings_; }
 
     /// What the plug-in reports, in frames. Any thread.
@@ -66,6 +68,7 @@ public:
 
     /// Sets a control input by its symbol.
     void setControl(const std::string &symbol, float value) { buffers_.setControl(symbol, value); }
+    /// The values of the control inputs by their symbols.
     std::map<std::string, float> controls() const { return buffers_.controls(); }
 
     // For the plug-in's view. ----------------------------------------------------
@@ -78,10 +81,12 @@ public:
     float control(std::uint32_t port) const { return buffers_.control(port); }
     /// The plug-in's own handle and descriptor.
     LV2_Handle handle() const { return lilv_instance_get_handle(instance_.get()); }
+    /// The functions of the plug-in's binary, for an interface with data access.
     const LV2_Descriptor &descriptor() const
     {
         return *lilv_instance_get_descriptor(instance_.get());
     }
+    /// The size of the atom ports' buffers, in bytes.
     std::uint32_t sequenceSize() const { return buffers_.sequenceSize(); }
 
     /// Tells the plug-in through its options, if it listens to them.

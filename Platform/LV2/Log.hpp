@@ -19,6 +19,7 @@ namespace platform::lv2
 class Log
 {
 public:
+    /// A log whose lines begin with that name.
     explicit Log(std::string pluginName);
     Log(const Log &) = delete;
     Log &operator=(const Log &) = delete;
@@ -26,6 +27,7 @@ public:
     /// Writes what was said on the audio callback. One thread at a time.
     void writeOut();
 
+    /// What the plug-in is handed; valid as long as this.
     LV2_Log_Log *feature() { return &feature_; }
 
     /// Marks the calling thread as the audio callback for its lifetime.

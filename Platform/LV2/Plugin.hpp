@@ -18,9 +18,10 @@ namespace platform::lv2
 class Plugin
 {
 public:
+    /// A preset that the bundles hold for the plug-in.
     struct Preset {
-        std::string uri;
-        std::string label;
+        std::string uri;   ///< to load it by
+        std::string label; ///< what people read
     };
 
     /// Reads the data of the plug-in `uri` from the bundles at these paths: its
@@ -28,10 +29,14 @@ public:
     /// describes it or the data makes no sense.
     Plugin(const std::string &uri, const std::vector<std::string> &bundles);
 
+    /// What the plug-in is known by.
     const std::string &uri() const { return uri_; }
+    /// What people call it.
     const std::string &name() const { return name_; }
+    /// All ports in the order of their indices.
     const std::vector<Port> &ports() const { return ports_; }
 
+    /// Whether the data names the feature, as required or as optional.
     bool hasFeature(const char *feature) const;
 
     /// Throws a `PlatformError` that says what the plug-in needs and this host

@@ -6,15 +6,16 @@
 namespace platform::lv2
 {
 
+/// What flows through a port; unknown ones can only be left unconnected.
 enum class PortKind : std::uint8_t { audio, control, cv, atom, unknown };
 
 /// One port of a plug-in as its data describes it.
 struct Port {
-    std::uint32_t index = 0;
-    std::string symbol;
-    std::string name;
-    PortKind kind = PortKind::unknown;
-    bool isInput = false;
+    std::uint32_t index = 0;           ///< among all ports
+    std::string symbol;                ///< unique within the plug-in
+    std::string name;                  ///< what people read
+    PortKind kind = PortKind::unknown; ///< what flows through it
+    bool isInput = false;              ///< into the plug-in
 
     /// May be left unconnected.
     bool isOptional = false;
@@ -34,8 +35,11 @@ struct Port {
 
     /// Of a control port: always finite and in range, whatever the data says.
     float defaultValue = 0.0F;
+    ///@{
+    /// Of a control port: what people may set.
     float minimum = 0.0F;
     float maximum = 1.0F;
+    ///@}
     /// The three above are multiples of the sample rate.
     bool isScaledBySampleRate = false;
 };

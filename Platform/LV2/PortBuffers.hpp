@@ -21,6 +21,7 @@ namespace platform::lv2
 class PortBuffers
 {
 public:
+    /// Memory for all ports, with the controls at their default values.
     PortBuffers(const std::vector<Port> &ports, double sampleRate, std::uint32_t maximumFrames);
     PortBuffers(const PortBuffers &) = delete;
     PortBuffers &operator=(const PortBuffers &) = delete;

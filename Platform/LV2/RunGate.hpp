@@ -22,6 +22,7 @@ public:
         leave();
         return false;
     }
+    /// After `enter` answered true: the block is done.
     REALTIME void leave() noexcept { inside_.store(false, std::memory_order_release); }
 
     /// Closes the gate for its lifetime; made, the callback is outside. One at a
@@ -29,6 +30,7 @@ public:
     class Closure
     {
     public:
+        /// Closes the gate and waits for the block under way, if there is one.
         explicit Closure(RunGate &gate);
         ~Closure();
         Closure(const Closure &) = delete;

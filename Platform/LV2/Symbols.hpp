@@ -7,6 +7,8 @@ namespace platform::lv2
 
 /// Numbers that the host itself uses, looked up once.
 struct Symbols {
+    ///@{
+    /// The number of the URI of that name.
     LV2_URID atomChunk;
     LV2_URID atomDouble;
     LV2_URID atomFloat;
@@ -17,6 +19,7 @@ struct Symbols {
     LV2_URID atomSequence;
     LV2_URID atomString;
     LV2_URID midiEvent;
+    ///@}
 
     /// Any thread. The first call must not be on the audio callback.
     static const Symbols &shared();
