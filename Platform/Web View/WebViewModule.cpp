@@ -1,3 +1,4 @@
+#include "Platform/Web View/SandboxNotes.hpp"
 #include "Platform/Web View/WebKitPage.hpp"
 
 #include <memory>
@@ -7,5 +8,6 @@ extern "C" [[gnu::visibility("default")]] void
 parvaneMakeWebPage(platform::interface::WebPageObserver &observer,
                    std::unique_ptr<platform::interface::WebPage> &page) noexcept
 {
+    platform::interface::removeSandboxNotesAtTheEnd();
     page = std::make_unique<platform::interface::WebKitPage>(observer);
 }
