@@ -410,12 +410,11 @@ void EngineCore::tellFaults()
 // Where it lasts: a block that was held up now and then is the machine's business.
 bool EngineCore::isOverloaded()
 {
-    constexpr std::uint64_t share = 4;
     const std::uint64_t late = overloads_.load() - overloadsSeen_;
     const std::uint64_t blocks = blocksDone_.load() - blocksAtLook_;
     overloadsSeen_ += late;
     blocksAtLook_ += blocks;
-    return late > 1 && late * share > blocks;
+    return late > 1 && 2 * late > blocks;
 }
 
 } // namespace platform::audio
