@@ -407,15 +407,16 @@ void EngineCore::tellFaults()
         printError("The audio takes longer to render than to play; there are gaps in it.");
 }
 
-// Where it lasts: a block that was held up now and then is the machine's business.
+// Where it lasts: blocks that are held up now and then are the machine's business.
 bool EngineCore::isOverloaded()
 {
-    constexpr std::uint64_t share = 4;
+    constexpr int looks = 10; // a second
     const std::uint64_t late = overloads_.load() - overloadsSeen_;
     const std::uint64_t blocks = blocksDone_.load() - blocksAtLook_;
     overloadsSeen_ += late;
     blocksAtLook_ += blocks;
-    return late > 1 && late * share > blocks;
+    overloadedLooks_ = 2 * late > blocks ? overloadedLooks_ + 1 : 0;
+    return overloadedLooks_ >= looks;
 }
 
 } // namespace platform::audio

@@ -112,6 +112,7 @@ private:
     std::atomic<std::uint64_t> overloads_{0};
     std::uint64_t overloadsSeen_ = 0;
     std::uint64_t blocksAtLook_ = 0;
+    int overloadedLooks_ = 0;
     bool toldOverload_ = false;
     std::condition_variable watchEnds_;
     std::thread watch_;
