@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Audio/AUAudioUnit.hpp"
+#include "Platform/Foundation/Realtime.hpp"
 #include "Platform/LV2/MidiOutput.hpp"
 
 #include <atomic>
@@ -31,6 +32,12 @@ public:
     /// on return, unless it replaces itself. Any thread.
     void setHandler(AUMIDIOutputEventBlock handler);
 
+    /// Any thread.
+    REALTIME bool hasHandler() const noexcept
+    {
+        return hasHandler_.load(std::memory_order_relaxed);
+    }
+
 private:
     void deliverEvent(const lv2::MidiOutput::Event &event);
     void reportLosses();
@@ -41,6 +48,7 @@ private:
     // Held while the handler runs.
     std::mutex handlerMutex_;
     std::shared_ptr<const AUMIDIOutputEventBlock> handler_;
+    std::atomic<bool> hasHandler_{false};
     bool lossesWereReported_ = false;
     std::vector<std::uint8_t> padded_;
 };
