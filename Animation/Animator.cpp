@@ -496,7 +496,7 @@ void Animator::setup(float source, float destination, std::int64_t frames, float
         _frames = 0;
     if (_amount == 0)
         _frames = 0;
-    if (_placement.entries > 0)
+    if (_placement && _placement->entries > 0)
         animation::Timeline::noteFrames(*this);
 }
 
@@ -832,7 +832,7 @@ void AnimationSequencer::seek(std::int64_t to)
         return;
     }
     for (const auto &animator : _animators.items()) {
-        if (animator->_startFrame < _currentFrame) {
+        if (animator->_placement->startFrame < _currentFrame) {
             animator->stop();
             _currentIndex = checkedAdd<std::int64_t>(_currentIndex, 1);
         } else {
@@ -878,7 +878,7 @@ void AnimationSequencer::findAnimators()
             return;
         }
         const auto animator = _animators.at(static_cast<std::size_t>(i));
-        if (_currentFrame < animator->_startFrame) {
+        if (_currentFrame < animator->_placement->startFrame) {
             if (_animators.isInOrder())
                 return; // the others start later still
             continue;
