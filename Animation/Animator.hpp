@@ -166,8 +166,8 @@ private:
     friend class animation::WalkedList;
     friend struct animation::Inspection;
 
-    using Action = float (*)(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                             float amount, std::int64_t numFrames);
+    /// Gives an animator the value that its curve has at `step`.
+    using Action = void (*)(Animator &animator, std::int64_t step);
 
     static float easeNone(std::int64_t, float, float, std::int64_t);
     static float easeInQuad(std::int64_t, float, float, std::int64_t);
@@ -204,15 +204,12 @@ private:
     static float easeOutInBounce(std::int64_t, float, float, std::int64_t);
 
     template <auto Curve>
-    static float evaluate(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                          float amount, std::int64_t numFrames);
+    static void evaluate(Animator &animator, std::int64_t step);
     /// Stands for no action: one that needs no test before each step.
-    static float missingAction(const Animator &animator, std::int64_t currentFrame,
-                               float sourceValue, float amount, std::int64_t numFrames);
-    static Action actionFor(EnumEasing type);
+    static void missingAction(Animator &animator, std::int64_t step);
+    Action actionFor(EnumEasing type) const;
 
     void selectType(EnumEasing type);
-    void step();
     void end();
     virtual void reset();
 
