@@ -43,10 +43,10 @@ void sleep(double seconds)
 double drawnRate(const bench::Screen &screen, bench::Screen::Window window, double seconds)
 {
     int changes = 0;
-    auto before = screen.fingerprint(window);
+    auto before = screen.picture(window);
     const auto begun = Clock::now();
     while (Clock::now() - begun < std::chrono::duration<double>(seconds)) {
-        const auto now = screen.fingerprint(window);
+        const auto now = screen.picture(window);
         changes += now != before ? 1 : 0;
         before = now;
         sleep(0.002);
