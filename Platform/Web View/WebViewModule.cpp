@@ -1,3 +1,4 @@
+#include "Platform/Web View/Sandbox.hpp"
 #include "Platform/Web View/WebKitPage.hpp"
 
 #include <memory>
@@ -7,5 +8,6 @@ extern "C" [[gnu::visibility("default")]] void
 parvaneMakeWebPage(platform::interface::WebPageObserver &observer,
                    std::unique_ptr<platform::interface::WebPage> &page) noexcept
 {
-    page = std::make_unique<platform::interface::WebKitPage>(observer);
+    if (platform::interface::canSandbox())
+        page = std::make_unique<platform::interface::WebKitPage>(observer);
 }
