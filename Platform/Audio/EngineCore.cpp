@@ -183,6 +183,10 @@ void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
     buffer.setFrameLength(frames);
     if (frames == 0)
         return;
+    if (hasLatencies_.load()) {
+        const Lock lock(mutex_);
+        followLatencies();
+    }
     RenderPlan *plan = plan_.acquire();
     if (plan != nullptr && !hasFrames(*plan)) {
         // Without plan and mutex: what the wait is for may change the graph.
@@ -207,9 +211,11 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
                                    std::uint32_t channels) noexcept
 {
     blocksBegun_.fetch_add(1, std::memory_order_relaxed);
+    const auto begun = std::chrono::steady_clock::now();
     const foundation::DenormalMode noDenormals;
     RenderPlan *const plan = plan_.acquire();
     const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
+    const double seconds = fits ? frames / plan->last->format().sampleRate() : 0.0;
     while (fits && frames > 0) {
         const std::uint32_t part = std::min(frames, plan->maximumFrames);
         guard_.pass(plan->last->pull(part), channels, part, samples);
@@ -219,6 +225,9 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
     }
     std::fill_n(samples, static_cast<std::size_t>(frames) * channels, 0.0F);
     plan_.release();
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
+    if (fits && taken.count() > seconds)
+        overloads_.fetch_add(1, std::memory_order_relaxed);
     blocksDone_.fetch_add(1, std::memory_order_relaxed);
 }
 
@@ -259,6 +268,8 @@ void EngineCore::publish(bool mayThrow)
             return std::make_shared<RenderClock>();
         });
         players_.store(std::make_shared<const Players>(plan->players));
+        latencies_ = plan->latencies;
+        hasLatencies_.store(!latencies_.empty());
         plan_.exchange(std::move(plan));
     } catch (const PlatformError &error) {
         withdrawPlan();
@@ -268,8 +279,20 @@ void EngineCore::publish(bool mayThrow)
     }
 }
 
+void EngineCore::followLatencies()
+{
+    const auto hasChanged = [](const RenderPlan::Latency &latency) {
+        return latency.unit->latency() != latency.seconds;
+    };
+    if (std::any_of(latencies_.begin(), latencies_.end(), hasChanged))
+        publish(false);
+}
+
 void EngineCore::withdrawPlan()
 {
+    // Units that are not rendered any more are not to be held.
+    latencies_.clear();
+    hasLatencies_.store(false);
     players_.store(std::make_shared<const Players>());
     plan_.exchange(nullptr);
 }
@@ -338,8 +361,10 @@ void EngineCore::watchOnce()
 {
     tellFaults();
     if (!deviceLost_) {
-        if (deviceIsAlive())
+        if (deviceIsAlive()) {
+            followLatencies();
             return;
+        }
         deviceLost_ = true;
         printError("The audio device has gone away; going on with the default device.");
     }
@@ -378,6 +403,19 @@ void EngineCore::tellFaults()
         printError("The audio held samples that are no numbers; such blocks are silenced.");
     if (guard_.sawTooLoud() && !std::exchange(toldTooLoud_, true))
         printError("The audio is louder than the device can play; it is limited.");
+    if (isOverloaded() && !std::exchange(toldOverload_, true))
+        printError("The audio takes longer to render than to play; there are gaps in it.");
+}
+
+// Where it lasts: a block that was held up now and then is the machine's business.
+bool EngineCore::isOverloaded()
+{
+    constexpr std::uint64_t share = 4;
+    const std::uint64_t late = overloads_.load() - overloadsSeen_;
+    const std::uint64_t blocks = blocksDone_.load() - blocksAtLook_;
+    overloadsSeen_ += late;
+    blocksAtLook_ += blocks;
+    return late > 1 && late * share > blocks;
 }
 
 } // namespace platform::audio

@@ -66,6 +66,7 @@ private:
     };
     using Lock = std::unique_lock<std::mutex>;
     using Players = std::vector<RenderPlan::Player>;
+    using Latencies = std::vector<RenderPlan::Latency>;
 
     /// The mutex, with no wait for a unit that hangs over its preparation.
     Lock lockWithoutUnits();
@@ -75,6 +76,8 @@ private:
     void allocateUnit(const RenderPlanner::Unit &planned);
     void publish(bool mayThrow);
     void withdrawPlan();
+    /// A new plan when a unit's delay has changed on a path that meets others.
+    void followLatencies();
     void openDevice();
     void closeDevice();
     void watchDevice();
@@ -82,6 +85,7 @@ private:
     bool deviceIsAlive();
     void runDevice();
     void tellFaults();
+    bool isOverloaded();
 
     const std::shared_ptr<AVAudioMixerNode> mixer_ = std::make_shared<AVAudioMixerNode>();
     const std::shared_ptr<AVAudioOutputNode> output_ = std::make_shared<AVAudioOutputNode>();
@@ -104,9 +108,16 @@ private:
     bool deviceLost_ = false;
     bool toldNonFinite_ = false;
     bool toldTooLoud_ = false;
+    // Blocks that took longer than they sound, and what there was at the last look.
+    std::atomic<std::uint64_t> overloads_{0};
+    std::uint64_t overloadsSeen_ = 0;
+    std::uint64_t blocksAtLook_ = 0;
+    bool toldOverload_ = false;
     std::condition_variable watchEnds_;
     std::thread watch_;
     Shared<std::shared_ptr<const Players>> players_{std::make_shared<const Players>()};
+    Latencies latencies_;
+    std::atomic<bool> hasLatencies_{false};
 
     Published<RenderPlan> plan_;
     OutputGuard guard_;

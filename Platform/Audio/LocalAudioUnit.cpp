@@ -43,6 +43,9 @@ LocalAudioUnit::LocalAudioUnit(const AVAudioUnitComponent &component)
 LocalAudioUnit::~LocalAudioUnit()
 {
     delivery_->setHandler(nullptr);
+    // What was said last.
+    if (midiThread_)
+        midiThread_->runNow();
 }
 
 AudioComponentDescription LocalAudioUnit::componentDescription() const
@@ -84,7 +87,7 @@ LocalAudioUnit::factoryPresets() const
     std::vector<std::shared_ptr<AUAudioUnitPreset>> presets;
     for (const auto &preset : hosted_.plugin().presets())
         presets.push_back(std::make_shared<AUAudioUnitPreset>(
-            static_cast<std::int64_t>(presets.size()), preset.label));
+            static_cast<std::int64_t>(presets.size()), preset.name()));
     if (presets.empty())
         return std::nullopt;
     return presets;
@@ -147,6 +150,7 @@ void LocalAudioUnit::setRenderingOffline(bool offline)
 {
     const std::lock_guard lock(mutex_);
     rendersOffline_ = offline;
+    delivery_->setOffline(offline);
     hosted_.instance().setOffline(offline);
 }
 

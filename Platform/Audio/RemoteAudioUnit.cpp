@@ -164,13 +164,13 @@ void RemoteAudioUnit::deallocateRenderResources()
 
 bool RemoteAudioUnit::renderResourcesAllocated() const
 {
-    const std::lock_guard lock(mutex_);
     return sampleRate_ > 0.0;
 }
 
 void RemoteAudioUnit::setRenderingOffline(bool offline)
 {
     rendersOffline_.store(offline, std::memory_order_relaxed);
+    delivery_->setOffline(offline);
     try {
         process_.setOffline(offline);
     } catch (const EffectFault &) {
@@ -180,8 +180,8 @@ void RemoteAudioUnit::setRenderingOffline(bool offline)
 
 double RemoteAudioUnit::latency() const
 {
-    const std::lock_guard lock(mutex_);
-    return sampleRate_ > 0.0 ? process_.latency() / sampleRate_ : 0.0;
+    const double sampleRate = sampleRate_;
+    return sampleRate > 0.0 ? process_.latency() / sampleRate : 0.0;
 }
 
 bool RemoteAudioUnit::scheduleMIDIEvent(std::uint32_t frameOffset, const std::uint8_t *bytes,

@@ -100,7 +100,8 @@ public:
 
     /// Frames; 0 when nothing is rendered.
     double latency() const;
-    /// Blocks that the effect did not render in time.
+    /// Blocks that the effect did not render in time. Where that lasts, standard error
+    /// says so once.
     std::uint64_t lateBlocks() const;
 
     /// Renders a block on the audio callback. Live, it waits for three quarters of
@@ -164,6 +165,7 @@ private:
     void takeDescription(Description description);
     void becomeUp();
     void checkLink();
+    std::string takeSlowness();
     void childHasDied();
     std::string takeDeath(const Lock &lock);
     std::string afterFault();
@@ -215,6 +217,9 @@ private:
     bool socketIsOpen_ = false;
     bool isRestoring_ = false;
     int hangsSeen_ = 0;
+    std::uint64_t lateBlocksSeen_ = 0;
+    int slowGlances_ = 0;
+    bool slownessIsTold_ = false;
     bool awaitsOwnAnswer_ = false;
     Clock::time_point startDeadline_;
     // The link that comes with a start, and what it is for.

@@ -42,6 +42,9 @@ public:
     /// run.
     REALTIME void offerChunk() noexcept;
 
+    /// Whether nobody has written behind the buffer's end.
+    REALTIME bool isIntact() const noexcept;
+
     /// Calls `visit(Event)` for each event that the plug-in wrote, trusting none of
     /// the sizes in it.
     template <typename Visit>
@@ -59,7 +62,7 @@ private:
     const LV2_Atom_Event *checked(std::size_t offset) noexcept;
 
     std::uint32_t capacity_;
-    // Eight-byte words, since atoms are aligned so.
+    // Eight-byte words, since atoms are aligned so, and some behind the end as a guard.
     std::vector<std::uint64_t> words_;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/RunLengths.hpp"
 #include "Platform/LV2/Worker.hpp"
 
 #include <lv2/core/lv2.h>
@@ -27,6 +28,7 @@ public:
     struct Values {
         double sampleRate;                      ///< in Hz
         std::uint32_t maximumFrames;            ///< of a block
+        RunLengths runLengths;                  ///< that the plug-in insists on
         std::uint32_t sequenceSize;             ///< of an atom port's buffer, in bytes
         std::optional<std::string> contextName; ///< none: the option is left out
     };
@@ -53,10 +55,10 @@ public:
 private:
     LV2_Options_Option contextOption() const;
     void fillOptions();
-    void fillLists();
+    void fillLists(const RunLengths &lengths);
 
     float sampleRate_;
-    std::int32_t minimumFrames_ = 1;
+    std::int32_t minimumFrames_;
     std::int32_t maximumFrames_;
     std::int32_t sequenceSize_;
     std::string contextName_;
@@ -72,7 +74,7 @@ private:
     LV2_Feature makePath_;
     LV2_Feature mapPath_;
     LV2_Feature freePath_;
-    std::array<const LV2_Feature *, 13> instanceList_{};
+    std::array<const LV2_Feature *, 17> instanceList_{};
     std::array<const LV2_Feature *, 10> stateList_{};
 };
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "Platform/LV2/TimeQuantity.hpp"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace platform::lv2
@@ -29,11 +32,17 @@ struct Port {
     bool isLatency = false;
     /// Tells the plug-in that rendering is not bound to time.
     bool isFreeWheeling = false;
+    /// Switches the plug-in's effect on, and off for a bypass of its own.
+    bool isEnabling = false;
+    /// Takes `time:Position` events (atom ports).
+    bool takesTime = false;
+    /// What of the position it is to be told (control inputs).
+    std::optional<TimeQuantity> timeQuantity;
 
     /// The least size of an atom port's buffer in bytes; 0 where none is asked.
     std::uint32_t minimumSize = 0;
 
-    /// Of a control port: always finite and in range, whatever the data says.
+    /// Of a control or CV port: always finite and in range, whatever the data says.
     float defaultValue = 0.0F;
     ///@{
     /// Of a control port: what people may set.
@@ -42,6 +51,8 @@ struct Port {
     ///@}
     /// The three above are multiples of the sample rate.
     bool isScaledBySampleRate = false;
+    /// Values beyond the range are not to reach the plug-in.
+    bool hasStrictBounds = false;
 };
 
 } // namespace platform::lv2

@@ -15,10 +15,12 @@ struct Symbols {
     LV2_URID atomInt;
     LV2_URID atomBool;
     LV2_URID atomLong;
+    LV2_URID atomObject;
     LV2_URID atomPath;
     LV2_URID atomSequence;
     LV2_URID atomString;
     LV2_URID midiEvent;
+    LV2_URID timePosition;
     ///@}
 
     /// Any thread. The first call must not be on the audio callback.

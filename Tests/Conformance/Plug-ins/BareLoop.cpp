@@ -150,6 +150,7 @@ void BareLoop::instantiate(double sampleRate, std::uint32_t mostFrames, const Li
         instance_.reset();
     }
     worker_ = nullptr;
+    expectedTime_ = -1;
     responses_.clear();
     ports_ = std::make_unique<BarePorts>(
         world_.get(), plugin_, sampleRate, mostFrames,
@@ -219,7 +220,7 @@ void BareLoop::render(float *const *output, std::uint32_t frames, std::span<cons
     const platform::foundation::DenormalMode noDenormals;
     for (std::size_t channel = 0; channel < ports_->inputs(); ++channel)
         std::copy_n((*signal_)[channel].data() + position_, frames, ports_->input(channel));
-    ports_->prepare(notes);
+    prepare(frames, notes);
     lilv_instance_run(instance_.get(), frames);
     finishWork();
     collectEvents();
@@ -227,6 +228,19 @@ void BareLoop::render(float *const *output, std::uint32_t frames, std::span<cons
         std::copy_n(ports_->output(channel), frames, output[channel]);
     position_ += frames;
     sampleTime_ += frames;
+}
+
+void BareLoop::prepare(std::uint32_t frames, std::span<const Note> notes)
+{
+    if (!ports_->takePosition()) {
+        ports_->prepare(notes);
+        return;
+    }
+    if (!time_)
+        time_.emplace(mapData_);
+    time_->moveTo(sampleTime_, rate_);
+    ports_->prepare(notes, *time_, sampleTime_ != expectedTime_);
+    expectedTime_ = sampleTime_ + frames;
 }
 
 void BareLoop::finishWork()

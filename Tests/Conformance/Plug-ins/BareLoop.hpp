@@ -15,6 +15,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -61,6 +62,7 @@ private:
     void instantiate(double sampleRate, std::uint32_t mostFrames, const LilvState *state);
     void restore(const LilvState *state);
     StatePointer save();
+    void prepare(std::uint32_t frames, std::span<const Note> notes);
     void finishWork();
     void collectEvents();
 
@@ -93,6 +95,8 @@ private:
     const test::Channels *signal_ = nullptr;
     std::size_t position_ = 0; // in the signal
     std::int64_t sampleTime_ = 0;
+    std::int64_t expectedTime_ = -1; // by the plug-in; none before the first run
+    std::optional<BarePosition> time_;
     std::vector<Emitted> emitted_;
 };
 

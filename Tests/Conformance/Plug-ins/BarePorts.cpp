@@ -6,11 +6,14 @@
 #include <lv2/core/lv2.h>
 #include <lv2/midi/midi.h>
 #include <lv2/port-groups/port-groups.h>
+#include <lv2/port-props/port-props.h>
 #include <lv2/resize-port/resize-port.h>
+#include <lv2/time/time.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <string_view>
 
 namespace conformance
 {
@@ -98,7 +101,14 @@ void BarePorts::addAudio(const LilvPort *port, std::uint32_t index, bool isMain)
     if (!isMain && has(port, LV2_CORE__connectionOptional))
         return;
     auto &ports = !isMain ? others_ : is(port, LV2_CORE__InputPort) ? inputs_ : outputs_;
-    ports.push_back({index, std::vector<float>(mostFrames_, 0.0F)});
+    // A voltage that nobody applies is the one that the plug-in names.
+    float value = 0.0F;
+    if (is(port, LV2_CORE__CVPort) && is(port, LV2_CORE__InputPort)) {
+        LilvNode *named = nullptr;
+        lilv_port_get_range(plugin_, port, &named, nullptr, nullptr);
+        value = number(NodePointer(named).get(), 0.0F);
+    }
+    ports.push_back({index, std::vector<float>(mostFrames_, value)});
 }
 
 void BarePorts::addControl(const LilvPort *port, std::uint32_t index, double sampleRate)
@@ -107,15 +117,24 @@ void BarePorts::addControl(const LilvPort *port, std::uint32_t index, double sam
         return;
     LilvNode *defaultNode = nullptr;
     LilvNode *minimumNode = nullptr;
-    lilv_port_get_range(plugin_, port, &defaultNode, &minimumNode, nullptr);
+    LilvNode *maximumNode = nullptr;
+    lilv_port_get_range(plugin_, port, &defaultNode, &minimumNode, &maximumNode);
     const NodePointer defaultValue(defaultNode);
     const NodePointer minimum(minimumNode);
-    float value = number(defaultValue.get(), number(minimum.get(), 0.0F));
-    if (has(port, LV2_CORE__sampleRate))
-        value *= static_cast<float>(sampleRate);
-    // Rendering is not bound to time here.
-    if (isDesignated(port, LV2_CORE__freeWheeling))
+    const NodePointer maximum(maximumNode);
+    const float scale = has(port, LV2_CORE__sampleRate) ? static_cast<float>(sampleRate) : 1.0F;
+    float value = scale * number(defaultValue.get(), number(minimum.get(), 0.0F));
+    // Rendering is not bound to time here, and the effect is to be heard.
+    if (isDesignated(port, LV2_CORE__freeWheeling) || isDesignated(port, LV2_CORE__enabled))
         value = 1.0F;
+    if (has(port, LV2_PORT_PROPS__hasStrictBounds) && minimum && maximum)
+        strictBounds_[index] = {scale * number(minimum.get(), 0.0F),
+                                scale * number(maximum.get(), 0.0F)};
+    const NodePointer designation(
+        lilv_port_get(plugin_, port, uriNode(world_, LV2_CORE__designation).get()));
+    if (designation &&
+        std::string_view(lilv_node_as_string(designation.get())).starts_with(LV2_TIME_PREFIX))
+        timeControls_[index] = lilv_node_as_string(designation.get());
     controls_[index] = value;
     controlInputs_[lilv_node_as_string(lilv_port_get_symbol(plugin_, port))] = index;
 }
@@ -132,7 +151,11 @@ void BarePorts::addEvents(const LilvPort *port, std::uint32_t index)
     sequenceSize_ = std::max(sequenceSize_, size);
     if (isInput && hasMIDI && (noteInput_ == none || isDesignated(port, LV2_CORE__control)))
         noteInput_ = events_.size();
-    events_.push_back({index, isInput, hasMIDI, std::vector<std::uint64_t>(padded(size) / 8)});
+    const bool takesTime = isInput && lilv_port_supports_event(
+                                          plugin_, port, uriNode(world_, LV2_TIME__Position).get());
+    takesTime_ |= takesTime;
+    events_.push_back(
+        {index, isInput, hasMIDI, takesTime, std::vector<std::uint64_t>(padded(size) / 8)});
 }
 
 void BarePorts::connect(LilvInstance *instance)
@@ -149,7 +172,7 @@ void BarePorts::connect(LilvInstance *instance)
         lilv_instance_connect_port(instance, events.port, events.sequence());
 }
 
-void BarePorts::prepare(std::span<const Note> notes)
+void BarePorts::clear()
 {
     for (Events &events : events_) {
         LV2_Atom_Sequence &sequence = *events.sequence();
@@ -159,20 +182,53 @@ void BarePorts::prepare(std::span<const Note> notes)
             sequence.atom = {static_cast<std::uint32_t>(8 * events.words.size() - sizeof(LV2_Atom)),
                              symbols_.chunk};
     }
+}
+
+void BarePorts::append(LV2_Atom_Sequence &sequence, std::int64_t frame, LV2_URID type,
+                       std::span<const std::uint8_t> bytes)
+{
+    LV2_Atom_Event event{};
+    event.time.frames = frame;
+    event.body = {static_cast<std::uint32_t>(bytes.size()), type};
+    auto *const place =
+        reinterpret_cast<std::byte *>(&sequence) + sizeof(LV2_Atom) + sequence.atom.size;
+    std::memcpy(place, &event, sizeof event);
+    std::memcpy(place + sizeof event, bytes.data(), bytes.size());
+    sequence.atom.size += static_cast<std::uint32_t>(sizeof event + padded(bytes.size()));
+}
+
+void BarePorts::prepare(std::span<const Note> notes)
+{
+    clear();
+    addNotes(notes);
+}
+
+void BarePorts::addNotes(std::span<const Note> notes)
+{
     if (noteInput_ == none)
         return;
-    LV2_Atom_Sequence *const sequence = events_[noteInput_].sequence();
-    for (const Note &note : notes) {
-        const std::size_t size = note.bytes.size();
-        LV2_Atom_Event event{};
-        event.time.frames = note.frame;
-        event.body = {static_cast<std::uint32_t>(size), symbols_.midiEvent};
-        auto *const place =
-            reinterpret_cast<std::byte *>(sequence) + sizeof(LV2_Atom) + sequence->atom.size;
-        std::memcpy(place, &event, sizeof event);
-        std::memcpy(place + sizeof event, note.bytes.data(), size);
-        sequence->atom.size += static_cast<std::uint32_t>(sizeof event + padded(size));
-    }
+    for (const Note &note : notes)
+        append(*events_[noteInput_].sequence(), note.frame, symbols_.midiEvent,
+               {note.bytes.data(), note.bytes.size()});
+}
+
+void BarePorts::prepare(std::span<const Note> notes, BarePosition &position, bool isNews)
+{
+    for (const auto &[port, designation] : timeControls_)
+        if (const double *value = position.value(designation))
+            controls_[port] = static_cast<float>(*value);
+    clear();
+    if (isNews && takesTime_)
+        addPosition(*position.object());
+    addNotes(notes);
+}
+
+void BarePorts::addPosition(const LV2_Atom &object)
+{
+    for (Events &events : events_)
+        if (events.takesTime)
+            append(*events.sequence(), 0, object.type,
+                   {static_cast<const std::uint8_t *>(LV2_ATOM_BODY_CONST(&object)), object.size});
 }
 
 void BarePorts::forEachEmitted(const std::function<void(std::int64_t, std::uint8_t,
@@ -204,8 +260,14 @@ const float *BarePorts::control(const std::string &symbol) const
 void BarePorts::setControl(const std::string &symbol, float value)
 {
     const auto found = controlInputs_.find(symbol);
-    if (found != controlInputs_.end())
-        controls_[found->second] = value;
+    if (found == controlInputs_.end())
+        return;
+    const auto bounds = strictBounds_.find(found->second);
+    controls_[found->second] =
+        bounds == strictBounds_.end()
+            ? value
+            : std::clamp(value, bounds->second.first,
+                         std::max(bounds->second.first, bounds->second.second));
 }
 
 } // namespace conformance

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tests/Conformance/Plug-ins/BarePosition.hpp"
 #include "Tests/Conformance/Plug-ins/TestSignal.hpp"
 
 #include <lilv/lilv.h>
@@ -13,6 +14,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace conformance
@@ -42,6 +44,10 @@ public:
 
     /// Before a run: events with their frames for the MIDI input, empty outputs.
     void prepare(std::span<const Note> notes);
+    /// Whether there are ports for a position.
+    bool takePosition() const { return takesTime_ || !timeControls_.empty(); }
+    /// Instead of `prepare`, where there are; events get it when it is news.
+    void prepare(std::span<const Note> notes, BarePosition &position, bool isNews);
     /// After a run: calls `take` with frame, output and bytes of all MIDI.
     void forEachEmitted(const std::function<void(std::int64_t, std::uint8_t,
                                                  std::span<const std::uint8_t>)> &take) const;
@@ -61,6 +67,7 @@ private:
         std::uint32_t port;
         bool isInput;
         bool hasMIDI;
+        bool takesTime;
         std::vector<std::uint64_t> words;
 
         LV2_Atom_Sequence *sequence()
@@ -75,6 +82,11 @@ private:
     bool isBeside(const LilvPort *port, bool isInput) const;
     void addAudio(const LilvPort *port, std::uint32_t index, bool isMain);
     void addControl(const LilvPort *port, std::uint32_t index, double sampleRate);
+    void clear();
+    void addNotes(std::span<const Note> notes);
+    void addPosition(const LV2_Atom &object);
+    static void append(LV2_Atom_Sequence &sequence, std::int64_t frame, LV2_URID type,
+                       std::span<const std::uint8_t> bytes);
     void addEvents(const LilvPort *port, std::uint32_t index);
 
     LilvWorld *world_;
@@ -87,6 +99,11 @@ private:
     std::vector<Audio> others_;
     std::vector<float> controls_; // by port
     std::map<std::string, std::uint32_t> controlInputs_;
+    // The designation by port.
+    std::map<std::uint32_t, std::string> timeControls_;
+    // The range by port, where values beyond it are not to get through.
+    std::map<std::uint32_t, std::pair<float, float>> strictBounds_;
+    bool takesTime_ = false;
     std::vector<Events> events_;
     // Where notes go: the port for control if it takes MIDI, else the first that does.
     std::size_t noteInput_;

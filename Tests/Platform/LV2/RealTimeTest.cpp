@@ -61,7 +61,11 @@ TEST_F(RealTime, RunNeitherAllocatesNorLocksNorEntersTheKernel)
          {Case{"urn:test:amplifier", "amplifier", 2, 2}, Case{"urn:test:midi:echo", "midi", 0, 0},
           Case{"urn:test:midi:flood", "midi", 0, 0}, Case{"urn:test:everything", "ports", 1, 1},
           Case{"urn:test:delay", "ports", 1, 1}, Case{"urn:test:curious", "ports", 0, 1},
-          Case{"urn:test:worker", "worker", 0, 1}}) {
+          Case{"urn:test:worker", "worker", 0, 1},
+          Case{"urn:test:surroundings", "surroundings", 0, 1},
+          Case{"urn:test:blocks:power", "blocks", 1, 1},
+          Case{"urn:test:blocks:fixed", "blocks", 1, 1},
+          Case{"urn:test:rude:torrent", "rude", 1, 1}}) {
         HeldPlugin held(each.uri, ownBundle(each.bundle));
         held.instance.setControl("requests", 5.0F);
         EXPECT_EQ(forbiddenCallsOf(held, each.inputs, each.outputs), RealtimeProbe::Counts{})
