@@ -1,6 +1,7 @@
 #include "Platform/Interface/WKWebView.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/ShownScreen.hpp"
+#include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/HTTPServer.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 #include "Tests/Utilities/PDFDocument.hpp"
@@ -30,6 +31,7 @@ using test::ShownScreen;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::IsSubsetOf;
 using ::testing::Not;
 
 namespace
@@ -424,4 +426,23 @@ TEST_F(WKWebViewTest, UnderstandsAddressesThatAreNotStrict)
     load(server.address("/"));
     EXPECT_TRUE(showsPage("Pipe"));
     EXPECT_THAT(guard->events, Contains("action " + server.address("/a%7Cb?c=%5E")));
+}
+
+TEST(WKWebView, SaysSoWherePagesCannotBeHeldInASandbox)
+{
+    const std::vector<pid_t> before = webProcesses();
+    const test::TemporaryFolder withoutBubblewrap;
+    const test::EnvironmentVariable path{"PATH", withoutBubblewrap.path().string()};
+    const ShownScreen screen{std::make_shared<PlainScreen>()};
+    const auto webView = std::make_shared<WKWebView>();
+    webView->setFrame(CGRect(0, 0, 400, 300));
+    screen.window->rootViewController()->view()->addSubview(webView);
+    EXPECT_TRUE(serveMainThreadUntil([&] {
+        return findShown(webView->widget().get().gobj(),
+                         "Pages cannot be shown, since this system does not let them run in a "
+                         "sandbox.") != nullptr;
+    }));
+    webView->load(URLRequest(URL::fromString("about:blank")));
+    EXPECT_FALSE(webView->isLoading());
+    EXPECT_THAT(webProcesses(), IsSubsetOf(before));
 }
