@@ -7,10 +7,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <limits>
 #include <math.h> // NOLINT(modernize-deprecated-headers): powf and the others, as functions
 #include <numbers>
-#include <type_traits>
+#include <type_traits> // IWYU pragma: keep
 #include <typeinfo>
 #include <utility>
 

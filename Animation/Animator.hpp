@@ -5,8 +5,7 @@
 #include "Platform/Foundation/Callback.hpp"
 #include "Platform/Foundation/NSTimer.hpp"
 
-#include <concepts>
-#include <cstddef>
+#include <concepts> // IWYU pragma: keep
 #include <cstdint>
 #include <memory>
 #include <optional>
