@@ -170,8 +170,8 @@ private:
     friend class animation::WalkedList;
     friend struct animation::Inspection;
 
-    using Action = float (*)(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                             float amount, std::int64_t numFrames);
+    /// Gives an animator the value that its curve has at `step`.
+    using Action = void (*)(Animator &animator, std::int64_t step);
 
     static float easeNone(std::int64_t, float, float, std::int64_t);
     static float easeInQuad(std::int64_t, float, float, std::int64_t);
@@ -208,48 +208,51 @@ private:
     static float easeOutInBounce(std::int64_t, float, float, std::int64_t);
 
     template <auto Curve>
-    static float evaluate(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                          float amount, std::int64_t numFrames);
+    static void evaluate(Animator &animator, std::int64_t step);
     /// Stands for no action: one that needs no test before each step.
-    static float missingAction(const Animator &animator, std::int64_t currentFrame,
-                               float sourceValue, float amount, std::int64_t numFrames);
-    static Action actionFor(EnumEasing type);
+    static void missingAction(Animator &animator, std::int64_t step);
+    Action actionFor(EnumEasing type) const;
 
     void selectType(EnumEasing type);
-    void step();
     void end();
     virtual void reset();
 
-    /// Where it begins on a timeline.
-    std::int64_t _startFrame = 0;
-    /// As given to `setup`.
-    std::int64_t _frameCount = 0;
-    std::shared_ptr<NSTimer> _timer;
+    // What a step touches stands together in front, and what only some animators need
+    // stands elsewhere: with many of them, a step waits for memory.
+
+public:
+    /// Called once a step, with the value before it.
+    Callback<Animator &, float> onAnimation;
+
+private:
+    Action _action = &missingAction;
+    /// Steps taken.
+    std::int64_t _step = 0;
+    /// Steps of this run; -1 when idle.
+    std::int64_t _frames = -1;
     float _source = 0;
     float _value = 0;
     float _destination = 0;
     float _amount = 0;
-    /// Steps of this run; -1 when idle.
-    std::int64_t _frames = -1;
-    /// Steps taken.
-    std::int64_t _step = 0;
+
+    /// As given to `setup`.
+    std::int64_t _frameCount = 0;
+    std::shared_ptr<NSTimer> _timer;
     float _interval = 0.005F;
-    Action _action = &missingAction;
-    EnumEasing _type = EASING_easeNone;
+    animation::EntryCount _entries;
+    EnumEasing _type : 8 = EASING_easeNone;
 
 public:
     /// When true, a run turns back at its end instead of finishing.
     bool looped = false;
-    /// Called once a step, with the value before it.
-    Callback<Animator &, float> onAnimation;
     /// Called at the end of a run that is not looped, with the destination.
     Callback<Animator &, float> onFinished;
     /// Called at each turn-back.
     Callback<Animator &> onLoop;
 
 private:
-    animation::Placement _placement;
-    animation::Visit _visit;
+    /// None before it is first placed on a timeline.
+    std::unique_ptr<animation::Placement> _placement;
 };
 
 /// Steps animators side by side, once each a tick, on a timer of its own. It drops

@@ -6,6 +6,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Support/DiagnosticPrinting.hpp"
 
+#include <memory>
 #include <string>
 
 // There from the beginning, whatever else is made before `main`.

@@ -1,5 +1,6 @@
 #include "Benchmarks/Interface/ObservedProgram.hpp"
 #include "Benchmarks/Interface/Screen.hpp"
+#include "Benchmarks/Report/Report.hpp"
 
 #include <fmt/core.h>
 
@@ -43,10 +44,10 @@ void sleep(double seconds)
 double drawnRate(const bench::Screen &screen, bench::Screen::Window window, double seconds)
 {
     int changes = 0;
-    auto before = screen.fingerprint(window);
+    auto before = screen.picture(window);
     const auto begun = Clock::now();
     while (Clock::now() - begun < std::chrono::duration<double>(seconds)) {
-        const auto now = screen.fingerprint(window);
+        const auto now = screen.picture(window);
         changes += now != before ? 1 : 0;
         before = now;
         sleep(0.002);
@@ -124,10 +125,12 @@ void run(double seconds)
     fmt::print("the main thread takes {:.1f} % while the window is resized\n", 100 * resizingShare);
     fmt::print("gaps at rest: {}, while resizing: {}, {} s each\n", stillGaps, resizedGaps,
                seconds);
-    fmt::print("| Main thread's share while the view moves | {} | {:.3f} | {} |\n", shareGoal,
-               share, share <= shareGoal ? "met" : "missed");
-    fmt::print("| Gaps while the window is resized, more than at rest | 0 | {} | {} |\n",
-               std::max(resizedGaps - stillGaps, 0), resizedGaps <= stillGaps ? "met" : "missed");
+    printRow({"Main thread's share while the view moves", "", shareGoal, {share}, "processors"});
+    printRow({"Gaps while the window is resized, more than at rest",
+              "",
+              0.0,
+              {static_cast<double>(std::max(resizedGaps - stillGaps, 0))},
+              "gaps"});
 }
 
 } // namespace

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <span>
 #include <stdexcept>
-#include <string_view>
 #include <thread>
 
 namespace bench
@@ -18,6 +17,7 @@ namespace
 {
 
 constexpr std::chrono::seconds patience{60};
+constexpr int step = 4;
 
 bool isCalled(Display *display, Window window, const std::string &title)
 {
@@ -98,7 +98,7 @@ void Screen::type(Window window, unsigned long symbol, bool withControl) const
     XFlush(display);
 }
 
-std::uint64_t Screen::fingerprint(Window window) const
+std::vector<std::uint32_t> Screen::picture(Window window) const
 {
     Display *display = display_.get();
     XWindowAttributes extent{};
@@ -108,17 +108,18 @@ std::uint64_t Screen::fingerprint(Window window) const
     const Window root = DefaultRootWindow(display);
     if (XGetWindowAttributes(display, window, &extent) == 0 ||
         XTranslateCoordinates(display, window, root, 0, 0, &x, &y, &child) == 0)
-        return 0;
+        return {};
     // Of the root: a window's own picture leaves out children of another depth.
     XImage *image = XGetImage(display, root, x, y, static_cast<unsigned int>(extent.width),
                               static_cast<unsigned int>(extent.height), AllPlanes, ZPixmap);
     if (!image)
-        return 0;
-    const std::size_t size =
-        static_cast<std::size_t>(image->bytes_per_line) * static_cast<std::size_t>(image->height);
-    const std::uint64_t result = std::hash<std::string_view>()({image->data, size});
+        return {};
+    std::vector<std::uint32_t> pixels;
+    for (int row = 0; row < image->height; row += step)
+        for (int column = 0; column < image->width; column += step)
+            pixels.push_back(static_cast<std::uint32_t>(XGetPixel(image, column, row)));
     XDestroyImage(image);
-    return result;
+    return pixels;
 }
 
 } // namespace bench

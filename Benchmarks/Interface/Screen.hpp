@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 // Xlib's headers define macros with everyday names.
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier)
@@ -24,8 +25,9 @@ public:
     void resize(Window window, int width, int height) const;
     /// Presses and releases F1, or a key with Control, in the window.
     void type(Window window, unsigned long symbol, bool withControl = false) const;
-    /// A number that is another one when the window is drawn differently.
-    std::uint64_t fingerprint(Window window) const;
+    /// What the window shows: every fourth pixel of every fourth line, with what
+    /// stands in it. Empty when it is not there.
+    std::vector<std::uint32_t> picture(Window window) const;
 
 private:
     struct Close {

@@ -52,6 +52,7 @@ public:
     bool isRunning() const { return running_.load(); }
     void enableManualRenderingMode(const AVAudioFormat &format, std::uint32_t maximumFrameCount);
     void disableManualRenderingMode();
+    /// One thread at a time; it takes no lock but where it waits or there is no plan.
     void renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer);
 
     REALTIME void renderInterleaved(float *samples, std::uint32_t frames,
@@ -83,6 +84,9 @@ private:
     void watchDevice();
     void watchOnce();
     bool deviceIsAlive();
+    bool renderPlanned(std::uint32_t frames, AVAudioPCMBuffer &buffer, bool mayBeShort);
+    void waitForPlayers();
+    void renderSilence(std::uint32_t frames, AVAudioPCMBuffer &buffer);
     void runDevice();
     void tellFaults();
     bool isOverloaded();
@@ -112,6 +116,7 @@ private:
     std::atomic<std::uint64_t> overloads_{0};
     std::uint64_t overloadsSeen_ = 0;
     std::uint64_t blocksAtLook_ = 0;
+    int overloadedLooks_ = 0;
     bool toldOverload_ = false;
     std::condition_variable watchEnds_;
     std::thread watch_;

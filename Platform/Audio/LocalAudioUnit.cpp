@@ -77,6 +77,9 @@ std::vector<std::string> LocalAudioUnit::MIDIOutputNames() const
 
 void LocalAudioUnit::setMIDIOutputEventBlock(AUMIDIOutputEventBlock block)
 {
+    // What nobody was there to hear is not for a later handler.
+    if (midiThread_ && !delivery_->hasHandler())
+        midiThread_->runNow();
     delivery_->setHandler(std::move(block));
 }
 
@@ -173,9 +176,10 @@ bool LocalAudioUnit::render(const AURenderBlock &block) noexcept
     Instance *instance = rendering_.load(std::memory_order_acquire);
     if (!instance || !instance->run(block.input, block.output, block.frames, block.sampleTime))
         return false;
-    // Without an event there is nothing that the caller could find missing.
+    // Without an event, or a handler, there is nothing that the caller could find missing.
     const std::uint64_t events = exchange_->midiOutput.count();
-    if (rendersOffline_ && midiThread_ && std::exchange(eventsSeen_, events) != events)
+    if (rendersOffline_ && delivery_->hasHandler() && midiThread_ &&
+        std::exchange(eventsSeen_, events) != events)
         midiThread_->runNow();
     return true;
 }

@@ -82,11 +82,13 @@ void MIDIDelivery::setHandler(AUMIDIOutputEventBlock handler)
     if (deliveringThread_.load() != std::this_thread::get_id())
         lock.emplace(handlerMutex_);
     std::swap(handler_, replacement);
+    hasHandler_.store(handler_ != nullptr, std::memory_order_relaxed);
 }
 
 void MIDIDelivery::reportLosses()
 {
-    if (output_->takeLostCount() + refused_ == 0 || lossesWereReported_)
+    // Without a handler nobody misses anything.
+    if (output_->takeLostCount() + refused_ == 0 || lossesWereReported_ || !hasHandler())
         return;
     lossesWereReported_ = true;
     printError(

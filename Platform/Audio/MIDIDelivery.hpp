@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Audio/AUAudioUnit.hpp"
+#include "Platform/Foundation/Realtime.hpp"
 #include "Platform/LV2/MidiOutput.hpp"
 
 #include <atomic>
@@ -35,6 +36,12 @@ public:
     /// on return, unless it replaces itself. Any thread.
     void setHandler(AUMIDIOutputEventBlock handler);
 
+    /// Any thread.
+    REALTIME bool hasHandler() const noexcept
+    {
+        return hasHandler_.load(std::memory_order_relaxed);
+    }
+
 private:
     void refillBudget();
     bool takesFromBudget();
@@ -47,6 +54,7 @@ private:
     // Held while the handler runs.
     std::mutex handlerMutex_;
     std::shared_ptr<const AUMIDIOutputEventBlock> handler_;
+    std::atomic<bool> hasHandler_{false};
     std::atomic<bool> isOffline_{false};
     // Of events that may be handed on now.
     double budget_;

@@ -83,6 +83,9 @@ std::vector<std::string> RemoteAudioUnit::MIDIOutputNames() const
 
 void RemoteAudioUnit::setMIDIOutputEventBlock(AUMIDIOutputEventBlock block)
 {
+    // What nobody was there to hear is not for a later handler.
+    if (midiThread_ && !delivery_->hasHandler())
+        midiThread_->runNow();
     delivery_->setHandler(std::move(block));
 }
 
@@ -194,9 +197,9 @@ bool RemoteAudioUnit::render(const AURenderBlock &block) noexcept
 {
     if (!process_.render({block.input, block.output, block.frames, block.sampleTime}))
         return false;
-    // Without an event there is nothing that the caller could find missing.
+    // Without an event, or a handler, there is nothing that the caller could find missing.
     const std::uint64_t events = output_->count();
-    if (rendersOffline_.load(std::memory_order_relaxed) && midiThread_ &&
+    if (rendersOffline_.load(std::memory_order_relaxed) && delivery_->hasHandler() && midiThread_ &&
         std::exchange(eventsSeen_, events) != events)
         midiThread_->runNow();
     return true;

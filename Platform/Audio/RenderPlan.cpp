@@ -15,6 +15,10 @@ namespace
 
 constexpr std::uint32_t stereo = 2;
 
+// What an AAC packet holds. A ring of no more is in the fastest cache when the next
+// one is decoded into it.
+constexpr std::uint32_t packetFrames = 1024;
+
 // More frames than rate converters on the way ask for beyond the block itself.
 constexpr double converterFrames = 2048.0;
 
@@ -142,7 +146,9 @@ RenderStepPointer RenderPlanner::playerStep(const std::shared_ptr<PlayerCore> &c
     const double converted = ratio == 1.0 ? 0.0 : converterFrames;
     const auto perBlock = static_cast<std::uint32_t>(std::ceil(maximumFrames_ * ratio) + converted);
     const auto ahead = static_cast<std::uint32_t>(std::ceil(secondsAhead_ * format.sampleRate()));
-    core->setOutput(format, std::max(ahead, 2 * perBlock), maximumFrames_);
+    // On time, one block is used while the next is decoded.
+    const std::uint32_t least = ahead > 0 ? 2 * perBlock : std::max(perBlock, packetFrames);
+    core->setOutput(format, std::max(ahead, least), maximumFrames_);
     plan_->players.push_back({core, perBlock});
     return std::make_unique<PlayerStep>(core, format, maximumFrames_);
 }

@@ -16,6 +16,7 @@ namespace platform::audio
 struct RenderPlan {
     RenderStepPointer last; // in the output's format
     std::uint32_t maximumFrames = 0;
+    bool isByHand = false; // else for the device
 
     struct Player {
         std::shared_ptr<PlayerCore> core;

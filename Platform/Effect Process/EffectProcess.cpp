@@ -32,7 +32,7 @@ constexpr std::uint32_t likelyFrames = 4096;
 // How often the supervisor looks whether the callback waits in vain.
 constexpr milliseconds glanceInterval{100};
 
-// Seconds on end without a block in time are more than a busy machine.
+// Two seconds in which most blocks are late are more than a busy machine.
 constexpr int slowGlances = 20;
 
 // A process that dies closes its socket a moment before it is dead.
@@ -560,7 +560,10 @@ std::string EffectProcess::takeSlowness()
 {
     const Lock lock(mutex_);
     const std::uint64_t late = slot_.lateBlocks();
-    const bool isSlow = late != std::exchange(lateBlocksSeen_, late);
+    const std::uint64_t blocks = slot_.blocks();
+    const std::uint64_t newLate = late - std::exchange(lateBlocksSeen_, late);
+    const std::uint64_t newBlocks = blocks - std::exchange(blocksSeen_, blocks);
+    const bool isSlow = 2 * newLate > newBlocks;
     slowGlances_ = isSlow ? slowGlances_ + 1 : 0;
     if (slowGlances_ < slowGlances || slot_.overdue() > glanceInterval ||
         std::exchange(slownessIsTold_, true))

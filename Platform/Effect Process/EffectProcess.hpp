@@ -217,6 +217,7 @@ private:
     bool socketIsOpen_ = false;
     bool isRestoring_ = false;
     int hangsSeen_ = 0;
+    std::uint64_t blocksSeen_ = 0;
     std::uint64_t lateBlocksSeen_ = 0;
     int slowGlances_ = 0;
     bool slownessIsTold_ = false;

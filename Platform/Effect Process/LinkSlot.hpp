@@ -42,6 +42,8 @@ public:
     const char *breach() const { return link_ ? link_->breach() : nullptr; }
     /// Frames; 0 without a link.
     double latency() const;
+    /// How many blocks were asked for, over all links.
+    std::uint64_t blocks() const { return blocks_.load(std::memory_order_relaxed); }
     /// How many blocks came too late, over all links.
     std::uint64_t lateBlocks() const;
 
@@ -55,6 +57,7 @@ private:
     double sampleRate_ = 0.0;
     std::atomic<bool> isOffline_{false};
     std::uint64_t lateBlocksBefore_ = 0;
+    std::atomic<std::uint64_t> blocks_{0}; // written by the callback alone
 };
 
 } // namespace platform::effect

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/URL.hpp"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 /// Bytes in memory.

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <concepts>
+#include <concepts> // IWYU pragma: keep
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /// The text that stands for a value in a printed line.

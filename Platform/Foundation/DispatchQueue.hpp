@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/MainThread.hpp"
+#include "Platform/Foundation/MainThread.hpp" // IWYU pragma: export
 
 #include <functional>
 #include <memory>

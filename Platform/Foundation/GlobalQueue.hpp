@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <mutex>
 
 namespace platform::foundation

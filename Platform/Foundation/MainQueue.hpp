@@ -1,8 +1,11 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
+#include <functional>
 #include <mutex>
+#include <vector>
 
 namespace platform::foundation
 {

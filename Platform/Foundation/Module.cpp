@@ -6,6 +6,7 @@
 #include <dlfcn.h>
 
 #include <string>
+#include <vector>
 
 namespace platform::foundation
 {

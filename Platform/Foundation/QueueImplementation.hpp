@@ -5,7 +5,6 @@
 #include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 /// What a queue does; one subclass for each kind.
 class DispatchQueue::Implementation

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace platform::foundation
 {

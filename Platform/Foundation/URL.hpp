@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// A location: the text of a URI (RFC 3986) and its parts. An immutable value.
 class URL

@@ -20,7 +20,7 @@ REALTIME bool isTouched(float sample) noexcept
 } // namespace
 
 GuardedOutputs::GuardedOutputs(std::size_t channels, std::uint32_t maximumFrames)
-    : samples_(channels, std::vector<float>(std::size_t{maximumFrames} + 2 * zone))
+    : samples_(channels, std::vector<float>(maximumFrames + 2 * zone))
 {
     for (auto &channel : samples_)
         blocks_.push_back(channel.data() + zone);

@@ -15,7 +15,7 @@ class GuardedOutputs
 {
 public:
     /// Frames on either side of a block.
-    static constexpr std::uint32_t zone = 64;
+    static constexpr std::size_t zone = 64;
 
     /// For blocks of up to `maximumFrames` frames.
     GuardedOutputs(std::size_t channels, std::uint32_t maximumFrames);

@@ -229,11 +229,11 @@ void Plugin::shareSizes()
 void Plugin::readRunLengths()
 {
     const NodesPointer required(lilv_plugin_get_required_features(plugin_));
-    const auto requires_ = [&](const char *feature) {
+    const auto isRequired = [&](const char *feature) {
         return lilv_nodes_contains(required.get(), node(feature).get());
     };
-    runLengths_.areFixed = requires_(LV2_BUF_SIZE__fixedBlockLength);
-    runLengths_.arePowersOfTwo = requires_(LV2_BUF_SIZE__powerOf2BlockLength);
+    runLengths_.areFixed = isRequired(LV2_BUF_SIZE__fixedBlockLength);
+    runLengths_.arePowersOfTwo = isRequired(LV2_BUF_SIZE__powerOf2BlockLength);
 }
 
 bool Plugin::isSideChain(const LilvPort *port, bool isInput) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/AsymmetricFence.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
 #include <atomic>
@@ -16,8 +17,9 @@ public:
     /// `leave` must follow.
     REALTIME bool enter() noexcept
     {
-        inside_.store(true);
-        if (!closed_.load())
+        inside_.store(true, std::memory_order_relaxed);
+        foundation::lightFence();
+        if (!closed_.load(std::memory_order_acquire))
             return true;
         leave();
         return false;
@@ -41,8 +43,8 @@ public:
     };
 
 private:
-    // Entering and closing take the sequentially consistent order: of a callback
-    // that enters and a closer, at least one sees the other.
+    // Each side stores its own, passes a fence and looks at the other's: of a
+    // callback that enters and a closer, at least one sees the other.
     std::atomic<bool> inside_{false};
     std::atomic<bool> closed_{false};
 };

@@ -170,7 +170,7 @@ class ManagedScreen(Screen):
         extent = Extent(view)
         subprocess.run(["xdotool", "mousemove", str(extent.left + 20), str(extent.bottom - 20),
                         "click", "1"], check=True)
-        wait_until(lambda: int(output_of("xdotool", "getwindowfocus")) == int(view, 16),
+        wait_until(lambda: int(output_of("xdotool", "getwindowfocus", "-f")) == int(view, 16),
                    "keyboard in the view")
         # Not the view's: the manual. Then the host has the keyboard again.
         subprocess.run(["xdotool", "key", "F1"], check=True)

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 namespace
@@ -70,6 +71,32 @@ TEST_F(RealTime, RunNeitherAllocatesNorLocksNorEntersTheKernel)
         held.instance.setControl("requests", 5.0F);
         EXPECT_EQ(forbiddenCallsOf(held, each.inputs, each.outputs), RealtimeProbe::Counts{})
             << each.uri;
+    }
+}
+
+TEST_F(RealTime, RunIsAsQuietWhileAViewWatchesThePorts)
+{
+    for (const char *uri : {"urn:test:midi:echo", "urn:test:midi:flood"}) {
+        HeldPlugin held(uri, ownBundle("midi"));
+        auto &traffic = held.instance.traffic();
+        traffic.setWatched(true);
+        const auto ports = held.plugin.ports();
+        const auto input = std::find_if(ports.begin(), ports.end(), [](const auto &port) {
+            return port.kind == platform::lv2::PortKind::atom && port.isInput;
+        });
+        ASSERT_NE(input, ports.end());
+        const LV2_Atom word{0, platform::lv2::SymbolTable::shared().map("urn:test:word")};
+        RealtimeProbe::Counts counts;
+        std::size_t told = 0;
+        for (int round = 0; round < 50; ++round) {
+            EXPECT_TRUE(traffic.send(input->index, word));
+            // The view may be slow: what finds no room is lost, not waited for.
+            counts += forbiddenCallsOf(held, 0, 0);
+            while (traffic.next())
+                ++told;
+        }
+        EXPECT_EQ(counts, RealtimeProbe::Counts{}) << uri;
+        EXPECT_GT(told, 0U) << uri;
     }
 }
 

@@ -180,6 +180,23 @@ TEST_P(AudioUnitTest, HandsOnMIDIBeforeAnOfflineBlockReturns)
     }
 }
 
+TEST_P(AudioUnitTest, GivesAHandlerNothingFromBeforeItWasThere)
+{
+    const auto flood = unit("urn:test:midi:flood");
+    flood->setRenderingOffline(true);
+    flood->allocateRenderResources(48000.0, blockFrames);
+    for (int block = 0; block < 10; ++block)
+        render(*flood);
+    std::atomic<int> events{0};
+    flood->setMIDIOutputEventBlock(
+        [&](std::int64_t, std::uint8_t, std::int64_t, const std::uint8_t *) -> std::int32_t {
+            ++events;
+            return 0;
+        });
+    render(*flood);
+    EXPECT_EQ(events, 4);
+}
+
 TEST_P(AudioUnitTest, RunsNoHandlerAfterItWasReplaced)
 {
     const auto flood = unit("urn:test:midi:flood");
