@@ -66,7 +66,7 @@ class InstalledProgram(unittest.TestCase):
     maxDiff = None
 
     def setUp(self):
-        self.enterContext(Display())
+        self.enterContext(Display("1280x800"))
         self.installed = Installed()
         # Without a path the registry looks in the system's own folders.
         self.program = Program(self.installed, None, {"LV2_PATH": None})
