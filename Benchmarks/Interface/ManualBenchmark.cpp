@@ -28,7 +28,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr std::chrono::seconds timeToStart{2};
 /// The page has to be there by then, with some rest left to be sure of it.
-constexpr std::chrono::seconds timeToDraw{7};
+constexpr std::chrono::seconds timeToDraw{10};
 constexpr std::chrono::seconds rest{1};
 constexpr double trifle = 0.02;
 constexpr std::chrono::milliseconds between{8};

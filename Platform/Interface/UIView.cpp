@@ -70,6 +70,9 @@ void setDrawn(Gtk::Widget &widget, bool drawn)
     if (!drawn && hasKeyboard(widget))
         widget.get_root()->unset_focus();
     widget.set_child_visible(drawn);
+    // GTK draws what is around anew only with its layout.
+    if (auto *container = widget.get_parent())
+        container->queue_draw();
 }
 
 LayoutEdge::Side sideOf(NSLayoutAttribute attribute, bool rightToLeft)

@@ -72,14 +72,23 @@ class Screen(EndToEndTest):
         self.wait_until_in_place(program, scale=2)
         view = program.view_window()
         wait_until(lambda: self.detail(view) > 0.02, "detail in the view")
+        # What stood in its place is covered: the margin goes on up to the view.
+        extent, margin = Extent(view), Extent(program.window()).left + 20
+        above = extent.top - 1
+        wait_until(lambda: self.colour(extent.left + extent.width // 2, above) ==
+                   self.colour(margin, above), "plain colour around the view")
         # The pointer means what is under it: the switch at the upper right.
-        extent = Extent(view)
         before = self.picture(view)
         subprocess.run(["xdotool", "mousemove", str(extent.left + extent.width * 915 // 1000),
                         str(extent.top + extent.height * 6 // 100), "click", "1"], check=True)
         wait_until(lambda: self.differs_most_at_the_right(before, self.picture(view), extent),
                    "change of the switch")
         self.end(program)
+
+    def colour(self, x, y):
+        """Of one pixel of the screen."""
+        return subprocess.run(["import", "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8",
+                               "rgb:-"], capture_output=True, check=True).stdout
 
     def picture(self, window):
         """The pixels of a window, three bytes each."""
