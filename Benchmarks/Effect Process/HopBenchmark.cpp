@@ -2,8 +2,9 @@
 // process of its own, and beside that, a byte to another process and back. How long
 // the audio callback is away, and what both processes together take of the processor.
 //
-// Usage: effect_hop_benchmark [BLOCKS [SECONDS]]
-// BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames.
+// Usage: effect_hop_benchmark [BLOCKS [SECONDS [CONDITION]]]
+// BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames, in all
+// conditions or one: "idle", "idle, real-time", "busy" or "busy, real-time".
 
 #include "Benchmarks/Effect Process/BusyProcessors.hpp"
 #include "Benchmarks/Effect Process/EchoProcess.hpp"
@@ -202,7 +203,7 @@ void reportGoals(const Pace &pace, const Result &here, const Result &apart, cons
               "µs"});
 }
 
-void compare(std::size_t blocks, double seconds)
+void compare(std::size_t blocks, double seconds, const std::string &only)
 {
     useOwnPlugins();
     const AVAudioUnitComponent nothing({}, "urn:qrvx:benchmark:nothing");
@@ -214,6 +215,8 @@ void compare(std::size_t blocks, double seconds)
                "machine", "count", "p50 µs", "p99.9", "max", "late", "CPU µs");
     for (const Pace &pace : paces) {
         for (const Condition &condition : conditions) {
+            if (!only.empty() && only != condition.name)
+                continue;
             const EchoProcess other;
             LocalAudioUnit local(nothing);
             RemoteAudioUnit remote(nothing);
@@ -244,7 +247,7 @@ int main(int count, char **arguments)
 {
     try {
         compare(count > 1 ? std::stoul(arguments[1]) : 1'000'000,
-                count > 2 ? std::stod(arguments[2]) : 30.0);
+                count > 2 ? std::stod(arguments[2]) : 30.0, count > 3 ? arguments[3] : "");
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());
         return 1;
