@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <vector>
 
 namespace platform::lv2
 {
@@ -17,7 +16,9 @@ struct State {
     struct Property {
         std::string type;
         std::uint32_t flags = 0;
-        std::vector<std::byte> value;
+        /// Bytes of any kind. A zero always stands behind them: plug-ins read texts to it,
+        /// also those that were stored without one.
+        std::string value;
     };
 
     /// By the key's URI.
