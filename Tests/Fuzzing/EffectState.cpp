@@ -2,8 +2,8 @@
 // Turtle of a preset, as somebody keeps it in a file; behind a 1 the message in which
 // they crossed between two processes.
 
-#include "Platform/Effect Process/Messages.hpp"
 #include "Platform/Effect Process/MessageSocket.hpp"
+#include "Platform/Effect Process/Messages.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/LV2/Instance.hpp"
 #include "Tests/Fuzzing/Require.hpp"
@@ -32,7 +32,8 @@ public:
             << "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
                "@prefix pset: <http://lv2plug.in/ns/ext/presets#> .\n"
                "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
-               "<" << preset << "> a pset:Preset ; lv2:appliesTo <" << uri
+               "<"
+            << preset << "> a pset:Preset ; lv2:appliesTo <" << uri
             << "> ; rdfs:seeAlso <preset.ttl> .\n";
     }
 

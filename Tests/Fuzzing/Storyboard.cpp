@@ -22,8 +22,8 @@ namespace
 using platform::interface::Scene;
 
 constexpr std::array<std::string_view, 9> classes = {
-    "GtkBox",     "GtkButton",  "GtkCenterBox", "GtkHeaderBar",          "GtkImage",
-    "GtkLabel",   "GtkOverlay", "GtkShortcut",  "GtkShortcutController",
+    "GtkBox",   "GtkButton",  "GtkCenterBox", "GtkHeaderBar",          "GtkImage",
+    "GtkLabel", "GtkOverlay", "GtkShortcut",  "GtkShortcutController",
 };
 
 /// What makes objects by other ways, or a browser.

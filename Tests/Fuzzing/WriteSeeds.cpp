@@ -44,10 +44,9 @@ Bytes message(MessageKind kind, std::uint8_t number, const Bytes &body)
 platform::lv2::State state()
 {
     platform::lv2::State state;
-    state.properties["urn:test:settings:number"] = {
-        "http://lv2plug.in/ns/ext/atom#Float", 3, std::string(4, '\0')};
-    state.properties["urn:test:settings:path"] = {
-        "http://lv2plug.in/ns/ext/atom#Path", 1, "/a/b"};
+    state.properties["urn:test:settings:number"] = {"http://lv2plug.in/ns/ext/atom#Float", 3,
+                                                    std::string(4, '\0')};
+    state.properties["urn:test:settings:path"] = {"http://lv2plug.in/ns/ext/atom#Path", 1, "/a/b"};
     state.controls["set"] = 12.5F;
     return state;
 }

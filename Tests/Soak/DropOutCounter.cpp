@@ -76,8 +76,8 @@ private:
         counter.profiler_ = static_cast<pw_proxy *>(
             pw_registry_bind(counter.registry_, id, type, PW_VERSION_PROFILER, 0));
         if (counter.profiler_)
-            pw_proxy_add_object_listener(counter.profiler_, &counter.profilerHook_,
-                                         &profilerEvents, self);
+            pw_proxy_add_object_listener(counter.profiler_, &counter.profilerHook_, &profilerEvents,
+                                         self);
     }
 
     static void onProfile(void *self, const spa_pod *pod)
@@ -116,9 +116,8 @@ private:
         std::int64_t finish = 0;
         std::int32_t status = 0;
         if (spa_pod_parse_struct(&block, SPA_POD_Int(&id), SPA_POD_String(&name),
-                                 SPA_POD_Long(&before), SPA_POD_Long(&signal),
-                                 SPA_POD_Long(&awake), SPA_POD_Long(&finish),
-                                 SPA_POD_Int(&status)) < 0)
+                                 SPA_POD_Long(&before), SPA_POD_Long(&signal), SPA_POD_Long(&awake),
+                                 SPA_POD_Long(&finish), SPA_POD_Int(&status)) < 0)
             return;
         constexpr std::int32_t finished = 3; // of PipeWire's activation states
         Cycles &cycles = nodes_[name ? name : ""];
@@ -130,9 +129,9 @@ private:
     static const pw_profiler_events profilerEvents;
 
     std::unique_ptr<pw_main_loop, decltype(&pw_main_loop_destroy)> loop_{nullptr,
-                                                                       &pw_main_loop_destroy};
+                                                                         &pw_main_loop_destroy};
     std::unique_ptr<pw_context, decltype(&pw_context_destroy)> context_{nullptr,
-                                                                      &pw_context_destroy};
+                                                                        &pw_context_destroy};
     std::unique_ptr<pw_core, decltype(&pw_core_disconnect)> core_{nullptr, &pw_core_disconnect};
     pw_registry *registry_ = nullptr;
     pw_proxy *profiler_ = nullptr;
@@ -141,8 +140,8 @@ private:
     std::map<std::string, Cycles> nodes_;
 };
 
-const pw_registry_events Counter::registryEvents = {PW_VERSION_REGISTRY_EVENTS,
-                                                    &Counter::onGlobal, nullptr};
+const pw_registry_events Counter::registryEvents = {PW_VERSION_REGISTRY_EVENTS, &Counter::onGlobal,
+                                                    nullptr};
 const pw_profiler_events Counter::profilerEvents = {PW_VERSION_PROFILER_EVENTS,
                                                     &Counter::onProfile};
 

@@ -88,7 +88,10 @@ public:
     std::int64_t changes() const { return changes_; }
 
 private:
-    std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_()) % limit; }
+    std::uint32_t below(std::uint32_t limit)
+    {
+        return static_cast<std::uint32_t>(random_()) % limit;
+    }
     bool oneIn(std::uint32_t number) { return below(number) == 0; }
 
     void beginSession()
@@ -163,17 +166,14 @@ private:
         }
     }
 
+    /// Waits for half a minute, counted in waking moments: the process may be stopped.
     bool sounds() const
     {
         const auto &sounding = host_.callback().listener.counts().sounding;
         const std::int64_t before = sounding;
-        const auto end = Clock::now() + std::chrono::seconds(30);
-        while (sounding < before + 10) {
-            if (Clock::now() > end)
-                return false;
+        for (int moment = 0; moment < 15000 && sounding < before + 10; ++moment)
             std::this_thread::sleep_for(milliseconds(2));
-        }
-        return true;
+        return sounding >= before + 10;
     }
 
     /// For a moment or some seconds; what is missed meanwhile nobody wanted.
@@ -195,8 +195,8 @@ private:
         }
         calm_.seconds += seconds;
         calm_.silentBlocks += silentBlocks() - silentBefore;
-        calm_.framesMissed += seconds * sampleRate -
-                              static_cast<double>(host_.callback().frames - framesBefore);
+        calm_.framesMissed +=
+            seconds * sampleRate - static_cast<double>(host_.callback().frames - framesBefore);
     }
 
     /// False when it was stopped from outside meanwhile.
@@ -250,10 +250,7 @@ struct Holdings {
 class Soak
 {
 public:
-    Soak(std::filesystem::path files, std::uint32_t seed)
-        : files_(std::move(files)), seed_(seed)
-    {
-    }
+    Soak(std::filesystem::path files, std::uint32_t seed) : files_(std::move(files)), seed_(seed) {}
 
     /// The host is run twice: what is made once in a process is there after the first.
     Table run(Clock::duration time)
@@ -264,12 +261,10 @@ public:
         play(time, &table);
         const Holdings after = Holdings::now();
         table.require("held at the end", after.census, before.census);
-        table.say("heap in use, KiB",
-                  std::to_string(before.heapKibibytes) + " -> " +
-                      std::to_string(after.heapKibibytes));
-        table.say("resident, KiB",
-                  std::to_string(before.residentKibibytes) + " -> " +
-                      std::to_string(after.residentKibibytes));
+        table.say("heap in use, KiB", std::to_string(before.heapKibibytes) + " -> " +
+                                          std::to_string(after.heapKibibytes));
+        table.say("resident, KiB", std::to_string(before.residentKibibytes) + " -> " +
+                                       std::to_string(after.residentKibibytes));
         table.require("heap grew by more than 256 KiB",
                       after.heapKibibytes > before.heapKibibytes + 256, false);
         return table;
@@ -314,8 +309,7 @@ private:
         table.say("calm times left out, since the process was stopped in them", calm.standstills);
         table.say("drop-outs: blocks that the device did without",
                   std::max(0.0, std::round(calm.framesMissed / SoakedHost::framesPerBlock)));
-        table.say("drop-outs: blocks that the player had too few frames for",
-                  calm.silentBlocks);
+        table.say("drop-outs: blocks that the player had too few frames for", calm.silentBlocks);
         table.say("drop-outs: blocks that the effect was late with", host.lateBlocks());
         table.say("blocks that took longer than they sound", callback.overruns.load());
     }

@@ -27,9 +27,8 @@ void ListeningDevice::renderInterleaved(float *samples, std::uint32_t frames,
         callback.listener.take(samples, samples + 1, frames, channels);
     if (taken.count() > frames / sampleRate)
         ++callback.overruns;
-    callback.badSamples +=
-        std::count_if(samples, samples + std::size_t{frames} * channels,
-                      [](float sample) { return !(std::abs(sample) <= 1.0F); });
+    callback.badSamples += std::count_if(samples, samples + std::size_t{frames} * channels,
+                                         [](float sample) { return !(std::abs(sample) <= 1.0F); });
     callback.largestBlock = std::max<std::int64_t>(callback.largestBlock, frames);
     callback.frames += frames;
     ++callback.blocks;

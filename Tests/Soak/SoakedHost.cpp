@@ -63,8 +63,7 @@ SoakedHost::SoakedHost(std::filesystem::path folder)
     using platform::audio::SDLOutputDevice;
     auto device = std::make_unique<ListeningDevice>(
         std::make_unique<SDLOutputDevice>(framesPerBlock), callback_);
-    player_ =
-        std::make_shared<AUEnginePlayer>(std::make_shared<AVAudioEngine>(std::move(device)));
+    player_ = std::make_shared<AUEnginePlayer>(std::make_shared<AVAudioEngine>(std::move(device)));
     player_->delegate.store(delegates_);
 }
 
