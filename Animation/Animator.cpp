@@ -11,6 +11,7 @@
 #include <math.h> // NOLINT(modernize-deprecated-headers): powf and the others, as functions
 #include <numbers>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 // This file is compiled without contraction of products and sums and without the
@@ -301,8 +302,11 @@ float Animator::easeOutInCirc(std::int64_t currentFrame, float b, float c, std::
     return outIn(easeOutCirc, easeInCirc, currentFrame, b, c, numFrames);
 }
 
-float Animator::easeInElastic(std::int64_t currentFrame, float b, float c,
-                              std::int64_t numFrames) const
+// The formulas of the curves that may be overridden.
+namespace
+{
+
+float inElastic(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
     const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
@@ -316,8 +320,7 @@ float Animator::easeInElastic(std::int64_t currentFrame, float b, float c,
     return -(c * powf(2, 10 * v) * sinf((v * d - p / 4) * (2 * pi) / p)) + b;
 }
 
-float Animator::easeOutElastic(std::int64_t currentFrame, float b, float c,
-                               std::int64_t numFrames) const
+float outElastic(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
     const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
@@ -330,8 +333,7 @@ float Animator::easeOutElastic(std::int64_t currentFrame, float b, float c,
     return c * powf(2, -10 * u) * sinf((u * d - p / 4) * (2 * pi) / p) + c + b;
 }
 
-float Animator::easeInOutElastic(std::int64_t currentFrame, float b, float c,
-                                 std::int64_t numFrames) const
+float inOutElastic(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
 {
     const auto t = static_cast<float>(currentFrame);
     const auto d = static_cast<float>(numFrames);
@@ -348,6 +350,61 @@ float Animator::easeInOutElastic(std::int64_t currentFrame, float b, float c,
     return c * powf(2, -10 * v) * sinf(w * pi / p) * 0.5F + c + b;
 }
 
+float outInElastic(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
+{
+    return outIn(outElastic, inElastic, currentFrame, b, c, numFrames);
+}
+
+float inBack(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
+{
+    const float u = static_cast<float>(currentFrame) / static_cast<float>(numFrames);
+    return c * u * u * (2.70158F * u - 1.70158F) + b;
+}
+
+float outBack(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
+{
+    const float u = static_cast<float>(currentFrame) / static_cast<float>(numFrames);
+    const float v = u - 1;
+    return c * (v * v * (2.70158F * v + 1.70158F) + 1) + b;
+}
+
+float inOutBack(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
+{
+    // 1.70158 * 1.525 in single precision, and one more.
+    constexpr float overshoot = 2.5949094F;
+    constexpr float overshootAndOne = 3.5949094F;
+    const float s = static_cast<float>(currentFrame) / (static_cast<float>(numFrames) / 2);
+    if (1 > s)
+        return c / 2 * (s * s * (overshootAndOne * s - overshoot)) + b;
+    const float r = s - 2;
+    return c / 2 * (r * r * (overshootAndOne * r + overshoot) + 2) + b;
+}
+
+float outInBack(std::int64_t currentFrame, float b, float c, std::int64_t numFrames)
+{
+    return outIn(outBack, inBack, currentFrame, b, c, numFrames);
+}
+
+} // namespace
+
+float Animator::easeInElastic(std::int64_t currentFrame, float b, float c,
+                              std::int64_t numFrames) const
+{
+    return inElastic(currentFrame, b, c, numFrames);
+}
+
+float Animator::easeOutElastic(std::int64_t currentFrame, float b, float c,
+                               std::int64_t numFrames) const
+{
+    return outElastic(currentFrame, b, c, numFrames);
+}
+
+float Animator::easeInOutElastic(std::int64_t currentFrame, float b, float c,
+                                 std::int64_t numFrames) const
+{
+    return inOutElastic(currentFrame, b, c, numFrames);
+}
+
 float Animator::easeOutInElastic(std::int64_t currentFrame, float b, float c,
                                  std::int64_t numFrames) const
 {
@@ -359,29 +416,19 @@ float Animator::easeOutInElastic(std::int64_t currentFrame, float b, float c,
 float Animator::easeInBack(std::int64_t currentFrame, float b, float c,
                            std::int64_t numFrames) const
 {
-    const float u = static_cast<float>(currentFrame) / static_cast<float>(numFrames);
-    return c * u * u * (2.70158F * u - 1.70158F) + b;
+    return inBack(currentFrame, b, c, numFrames);
 }
 
 float Animator::easeOutBack(std::int64_t currentFrame, float b, float c,
                             std::int64_t numFrames) const
 {
-    const float u = static_cast<float>(currentFrame) / static_cast<float>(numFrames);
-    const float v = u - 1;
-    return c * (v * v * (2.70158F * v + 1.70158F) + 1) + b;
+    return outBack(currentFrame, b, c, numFrames);
 }
 
 float Animator::easeInOutBack(std::int64_t currentFrame, float b, float c,
                               std::int64_t numFrames) const
 {
-    // 1.70158 * 1.525 in single precision, and one more.
-    constexpr float overshoot = 2.5949094F;
-    constexpr float overshootAndOne = 3.5949094F;
-    const float s = static_cast<float>(currentFrame) / (static_cast<float>(numFrames) / 2);
-    if (1 > s)
-        return c / 2 * (s * s * (overshootAndOne * s - overshoot)) + b;
-    const float r = s - 2;
-    return c / 2 * (r * r * (overshootAndOne * r + overshoot) + 2) + b;
+    return inOutBack(currentFrame, b, c, numFrames);
 }
 
 float Animator::easeOutInBack(std::int64_t currentFrame, float b, float c,
@@ -418,53 +465,84 @@ float Animator::easeOutInBounce(std::int64_t currentFrame, float b, float c, std
     return outIn(easeOutBounce, easeInBounce, currentFrame, b, c, numFrames);
 }
 
-/// A curve as an action: fixed ones are built in, overridable ones are called through
-/// their entries.
+/// A curve as an action. A member is called through its overridable entry.
 template <auto Curve>
-float Animator::evaluate(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                         float amount, std::int64_t numFrames)
+void Animator::evaluate(Animator &animator, std::int64_t step)
 {
     if constexpr (std::is_member_function_pointer_v<decltype(Curve)>)
-        return (animator.*Curve)(currentFrame, sourceValue, amount, numFrames);
+        animator._value =
+            (animator.*Curve)(step, animator._source, animator._amount, animator._frames);
     else
-        return Curve(currentFrame, sourceValue, amount, numFrames);
+        animator._value = Curve(step, animator._source, animator._amount, animator._frames);
 }
 
-float Animator::missingAction(const Animator & /*animator*/, std::int64_t /*currentFrame*/,
-                              float /*sourceValue*/, float /*amount*/, std::int64_t /*numFrames*/)
+void Animator::missingAction(Animator & /*animator*/, std::int64_t /*step*/)
 {
     fatalError("Unexpectedly found nil while implicitly unwrapping an Optional value");
 }
 
-Animator::Action Animator::actionFor(EnumEasing type)
+Animator::Action Animator::actionFor(EnumEasing type) const
 {
     static constexpr std::array actions{
-        &evaluate<&Animator::easeNone>,         &evaluate<&Animator::easeInQuad>,
-        &evaluate<&Animator::easeOutQuad>,      &evaluate<&Animator::easeInOutQuad>,
-        &evaluate<&Animator::easeOutInQuad>,    &evaluate<&Animator::easeInCubic>,
-        &evaluate<&Animator::easeOutCubic>,     &evaluate<&Animator::easeInOutCubic>,
-        &evaluate<&Animator::easeOutInCubic>,   &evaluate<&Animator::easeInQuart>,
-        &evaluate<&Animator::easeOutQuart>,     &evaluate<&Animator::easeInOutQuart>,
-        &evaluate<&Animator::easeOutInQuart>,   &evaluate<&Animator::easeInQuint>,
-        &evaluate<&Animator::easeOutQuint>,     &evaluate<&Animator::easeInOutQuint>,
-        &evaluate<&Animator::easeOutInQuint>,   &evaluate<&Animator::easeInSine>,
-        &evaluate<&Animator::easeOutSine>,      &evaluate<&Animator::easeInOutSine>,
-        &evaluate<&Animator::easeOutInSine>,    &evaluate<&Animator::easeInExpo>,
-        &evaluate<&Animator::easeOutExpo>,      &evaluate<&Animator::easeInOutExpo>,
-        &evaluate<&Animator::easeOutInExpo>,    &evaluate<&Animator::easeInCirc>,
-        &evaluate<&Animator::easeOutCirc>,      &evaluate<&Animator::easeInOutCirc>,
-        &evaluate<&Animator::easeOutInCirc>,    &evaluate<&Animator::easeInElastic>,
-        &evaluate<&Animator::easeOutElastic>,   &evaluate<&Animator::easeInOutElastic>,
-        &evaluate<&Animator::easeOutInElastic>, &evaluate<&Animator::easeInBack>,
-        &evaluate<&Animator::easeOutBack>,      &evaluate<&Animator::easeInOutBack>,
-        &evaluate<&Animator::easeOutInBack>,    &evaluate<&Animator::easeInBounce>,
-        &evaluate<&Animator::easeOutBounce>,    &evaluate<&Animator::easeInOutBounce>,
-        &evaluate<&Animator::easeOutInBounce>,  &evaluate<&Animator::easeNone>,
+        &evaluate<&Animator::easeNone>,
+        &evaluate<&Animator::easeInQuad>,
+        &evaluate<&Animator::easeOutQuad>,
+        &evaluate<&Animator::easeInOutQuad>,
+        &evaluate<&Animator::easeOutInQuad>,
+        &evaluate<&Animator::easeInCubic>,
+        &evaluate<&Animator::easeOutCubic>,
+        &evaluate<&Animator::easeInOutCubic>,
+        &evaluate<&Animator::easeOutInCubic>,
+        &evaluate<&Animator::easeInQuart>,
+        &evaluate<&Animator::easeOutQuart>,
+        &evaluate<&Animator::easeInOutQuart>,
+        &evaluate<&Animator::easeOutInQuart>,
+        &evaluate<&Animator::easeInQuint>,
+        &evaluate<&Animator::easeOutQuint>,
+        &evaluate<&Animator::easeInOutQuint>,
+        &evaluate<&Animator::easeOutInQuint>,
+        &evaluate<&Animator::easeInSine>,
+        &evaluate<&Animator::easeOutSine>,
+        &evaluate<&Animator::easeInOutSine>,
+        &evaluate<&Animator::easeOutInSine>,
+        &evaluate<&Animator::easeInExpo>,
+        &evaluate<&Animator::easeOutExpo>,
+        &evaluate<&Animator::easeInOutExpo>,
+        &evaluate<&Animator::easeOutInExpo>,
+        &evaluate<&Animator::easeInCirc>,
+        &evaluate<&Animator::easeOutCirc>,
+        &evaluate<&Animator::easeInOutCirc>,
+        &evaluate<&Animator::easeOutInCirc>,
+        &evaluate<&inElastic>,
+        &evaluate<&outElastic>,
+        &evaluate<&inOutElastic>,
+        &evaluate<&outInElastic>,
+        &evaluate<&inBack>,
+        &evaluate<&outBack>,
+        &evaluate<&inOutBack>,
+        &evaluate<&outInBack>,
+        &evaluate<&Animator::easeInBounce>,
+        &evaluate<&Animator::easeOutBounce>,
+        &evaluate<&Animator::easeInOutBounce>,
+        &evaluate<&Animator::easeOutInBounce>,
+        &evaluate<&Animator::easeNone>,
     };
     static_assert(actions.size() == EASING_easeLast + 1);
+    // In the order of the curves, from the first that may be overridden on. Only a
+    // class derived from this one can have done so.
+    static constexpr std::array overridable{
+        &evaluate<&Animator::easeInElastic>,    &evaluate<&Animator::easeOutElastic>,
+        &evaluate<&Animator::easeInOutElastic>, &evaluate<&Animator::easeOutInElastic>,
+        &evaluate<&Animator::easeInBack>,       &evaluate<&Animator::easeOutBack>,
+        &evaluate<&Animator::easeInOutBack>,    &evaluate<&Animator::easeOutInBack>,
+    };
     if (!easingFromRawValue(type))
         fatalError("There is no easing curve of that number");
-    return actions[static_cast<std::size_t>(type)];
+    const auto curve = static_cast<std::size_t>(type);
+    const std::size_t fromOverridable = curve - EASING_easeInElastic;
+    if (fromOverridable < overridable.size() && typeid(*this) != typeid(Animator))
+        return overridable[fromOverridable];
+    return actions[curve];
 }
 
 std::int64_t Animator::classCount = 0;
@@ -496,7 +574,7 @@ void Animator::setup(float source, float destination, std::int64_t frames, float
         _frames = 0;
     if (_amount == 0)
         _frames = 0;
-    if (_placement.entries > 0)
+    if (_placement && _placement->entries > 0)
         animation::Timeline::noteFrames(*this);
 }
 
@@ -537,18 +615,15 @@ float Animator::getValue() const
 void Animator::animate()
 {
     // Steps are never negative, so there are none left when it is idle.
-    if (_step < _frames)
-        step();
-    else if (_frames >= 0)
+    if (_step < _frames) [[likely]] {
+        onAnimation(*this, _value);
+        // Whatever the callback did to the run, the step is taken. The action stores
+        // the value itself, so that its call is a jump.
+        _step = checkedAdd<std::int64_t>(_step, 1);
+        _action(*this, _step);
+    } else if (_frames >= 0) {
         end();
-}
-
-/// Whatever the callback did to the run, the step is taken.
-inline void Animator::step()
-{
-    onAnimation(*this, _value);
-    _step = checkedAdd<std::int64_t>(_step, 1);
-    _value = _action(*this, _step, _source, _amount, _frames);
+    }
 }
 
 void Animator::end()
@@ -832,7 +907,7 @@ void AnimationSequencer::seek(std::int64_t to)
         return;
     }
     for (const auto &animator : _animators.items()) {
-        if (animator->_startFrame < _currentFrame) {
+        if (animator->_placement->startFrame < _currentFrame) {
             animator->stop();
             _currentIndex = checkedAdd<std::int64_t>(_currentIndex, 1);
         } else {
@@ -878,7 +953,7 @@ void AnimationSequencer::findAnimators()
             return;
         }
         const auto animator = _animators.at(static_cast<std::size_t>(i));
-        if (_currentFrame < animator->_startFrame) {
+        if (_currentFrame < animator->_placement->startFrame) {
             if (_animators.isInOrder())
                 return; // the others start later still
             continue;

@@ -116,7 +116,9 @@ public:
     /// default interval and curve.
     virtual void rewind();
 
+    /// Where the run ends.
     virtual float getDestinationValue() const;
+    /// Where the run began.
     virtual float getSourceValue() const;
     /// The current value: after `animate`, the one that the next step reports.
     virtual float getValue() const;
@@ -137,11 +139,12 @@ public:
     /// Changes the interval, in seconds, from the next `start` on.
     virtual void setInterval(float interval);
 
-    // The curves take the frame, the source, the distance and the number of frames,
-    // and answer the value. Single-precision arithmetic in the order of the formulas
-    // (Penner's, with departures that are meant to be). Nothing is clamped; 0 frames
-    // give infinities and not-a-number. An override changes every curve that is
-    // built on it.
+    ///@{
+    /// The curves take the frame, the source, the distance and the number of frames,
+    /// and answer the value. Single-precision arithmetic in the order of the formulas
+    /// (Penner's, with departures that are meant to be). Nothing is clamped; 0 frames
+    /// give infinities and not-a-number. An override changes every curve that is
+    /// built on it.
     virtual float easeInElastic(std::int64_t currentFrame, float sourceValue, float amount,
                                 std::int64_t numFrames) const;
     virtual float easeOutElastic(std::int64_t currentFrame, float sourceValue, float amount,
@@ -158,6 +161,7 @@ public:
                                 std::int64_t numFrames) const;
     virtual float easeOutInBack(std::int64_t currentFrame, float sourceValue, float amount,
                                 std::int64_t numFrames) const;
+    ///@}
 
 private:
     friend class AnimationSequencer;
@@ -166,8 +170,8 @@ private:
     friend class animation::WalkedList;
     friend struct animation::Inspection;
 
-    using Action = float (*)(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                             float amount, std::int64_t numFrames);
+    /// Gives an animator the value that its curve has at `step`.
+    using Action = void (*)(Animator &animator, std::int64_t step);
 
     static float easeNone(std::int64_t, float, float, std::int64_t);
     static float easeInQuad(std::int64_t, float, float, std::int64_t);
@@ -204,48 +208,51 @@ private:
     static float easeOutInBounce(std::int64_t, float, float, std::int64_t);
 
     template <auto Curve>
-    static float evaluate(const Animator &animator, std::int64_t currentFrame, float sourceValue,
-                          float amount, std::int64_t numFrames);
+    static void evaluate(Animator &animator, std::int64_t step);
     /// Stands for no action: one that needs no test before each step.
-    static float missingAction(const Animator &animator, std::int64_t currentFrame,
-                               float sourceValue, float amount, std::int64_t numFrames);
-    static Action actionFor(EnumEasing type);
+    static void missingAction(Animator &animator, std::int64_t step);
+    Action actionFor(EnumEasing type) const;
 
     void selectType(EnumEasing type);
-    void step();
     void end();
     virtual void reset();
 
-    /// Where it begins on a timeline.
-    std::int64_t _startFrame = 0;
-    /// As given to `setup`.
-    std::int64_t _frameCount = 0;
-    std::shared_ptr<NSTimer> _timer;
+    // What a step touches stands together in front, and what only some animators need
+    // stands elsewhere: with many of them, a step waits for memory.
+
+public:
+    /// Called once a step, with the value before it.
+    Callback<Animator &, float> onAnimation;
+
+private:
+    Action _action = &missingAction;
+    /// Steps taken.
+    std::int64_t _step = 0;
+    /// Steps of this run; -1 when idle.
+    std::int64_t _frames = -1;
     float _source = 0;
     float _value = 0;
     float _destination = 0;
     float _amount = 0;
-    /// Steps of this run; -1 when idle.
-    std::int64_t _frames = -1;
-    /// Steps taken.
-    std::int64_t _step = 0;
+
+    /// As given to `setup`.
+    std::int64_t _frameCount = 0;
+    std::shared_ptr<NSTimer> _timer;
     float _interval = 0.005F;
-    Action _action = &missingAction;
-    EnumEasing _type = EASING_easeNone;
+    animation::EntryCount _entries;
+    EnumEasing _type : 8 = EASING_easeNone;
 
 public:
     /// When true, a run turns back at its end instead of finishing.
     bool looped = false;
-    /// Called once a step, with the value before it.
-    Callback<Animator &, float> onAnimation;
     /// Called at the end of a run that is not looped, with the destination.
     Callback<Animator &, float> onFinished;
     /// Called at each turn-back.
     Callback<Animator &> onLoop;
 
 private:
-    animation::Placement _placement;
-    animation::Visit _visit;
+    /// None before it is first placed on a timeline.
+    std::unique_ptr<animation::Placement> _placement;
 };
 
 /// Steps animators side by side, once each a tick, on a timer of its own. It drops
@@ -261,7 +268,9 @@ public:
     /// Adds an entry, first stepped on the next tick; none is ignored. The same
     /// animator may be added several times. Its own timer is left alone.
     virtual void add(std::shared_ptr<Animator> item);
+    /// The number of entries.
     virtual std::int64_t getCount() const;
+    /// The entries in the order in which they were added.
     virtual std::vector<std::shared_ptr<Animator>> getItems() const;
 
     /// A timer started before is not ended: both drive the stack.
@@ -271,6 +280,7 @@ public:
     /// One tick. It is a fatal error when an animator finishes that a callback has
     /// taken out of the stack, by stopping it, within the tick.
     virtual void animate();
+    /// Ends the timer and empties the stack.
     virtual void reset();
 
 private:
@@ -307,7 +317,9 @@ public:
     /// Stops, then removes all.
     virtual void removeAll();
 
+    /// The number of entries.
     virtual std::int64_t getCount() const;
+    /// The entry that the next tick steps, counted from 0.
     virtual std::int64_t getCurrentIndex() const;
     /// The current animator, but none while it is the first or the last.
     virtual std::shared_ptr<Animator> getCurrentItem() const;
@@ -322,6 +334,7 @@ public:
     /// One tick: steps the current animator and goes to the next when it has
     /// finished; with `async`, starts the current one and goes to the next.
     virtual void animate();
+    /// Ends the timer and goes back to the first entry; the animators stay as they are.
     virtual void reset();
 
 private:
@@ -367,6 +380,7 @@ public:
     virtual std::int64_t getCount() const;
     /// The number of running animators.
     virtual std::int64_t getCurrentCount() const;
+    /// The tick that comes next, from 0 at the timeline's beginning.
     virtual std::int64_t getCurrentFrame() const;
     /// The entry from which the search for animators to start begins.
     virtual std::int64_t getCurrentIndex() const;
@@ -393,6 +407,7 @@ private:
     virtual void findAnimators();
     virtual void scheduleItem(const std::shared_ptr<Animator> &item);
     virtual void calculateFrames();
+    /// Sets the push and the value to 0; a timer goes on.
     virtual void reset();
 
     void stepItem(Animator &item);
@@ -467,6 +482,7 @@ public:
     virtual bool isFinished() const;
     /// The amount given to the last `setup`.
     virtual float getSourceValue() const;
+    /// Sets the push and the value to 0; a timer goes on.
     virtual void reset();
 
 private:

@@ -20,10 +20,15 @@ struct Inspection {
     {
         sequencer._currentFrame = frame;
     }
-    static float curve(const Animator &animator, std::int64_t currentFrame, float sourceValue,
+    /// The selected curve; the animator is used up by it.
+    static float curve(Animator &animator, std::int64_t currentFrame, float sourceValue,
                        float amount, std::int64_t numFrames)
     {
-        return animator._action(animator, currentFrame, sourceValue, amount, numFrames);
+        animator._source = sourceValue;
+        animator._amount = amount;
+        animator._frames = numFrames;
+        animator._action(animator, currentFrame);
+        return animator._value;
     }
 };
 

@@ -16,12 +16,14 @@ Timeline::~Timeline()
 
 void Timeline::place(const std::shared_ptr<Animator> &animator, std::int64_t startFrame)
 {
-    Placement &placement = animator->_placement;
-    if (placement.entries > 0 && animator->_startFrame != startFrame) {
+    if (!animator->_placement)
+        animator->_placement = std::make_unique<Placement>();
+    Placement &placement = *animator->_placement;
+    if (placement.entries > 0 && placement.startFrame != startFrame) {
         ++startChanges;
         ++endChanges;
     }
-    animator->_startFrame = startFrame;
+    placement.startFrame = startFrame;
     if (!isInOrder())
         takeStartFrames();
 
@@ -51,7 +53,7 @@ bool Timeline::remove(const Animator &animator)
     const bool isLeft = std::any_of(entries_.begin(), entries_.end(),
                                     [&](const Entry &left) { return left.animator == removed; });
     if (!isLeft && std::erase(changed_, removed.get()) > 0)
-        removed->_placement.noted = false;
+        removed->_placement->noted = false;
     release(*removed);
     return true;
 }
@@ -85,7 +87,7 @@ std::vector<std::shared_ptr<Animator>> Timeline::items()
 std::int64_t Timeline::latestEnd(std::int64_t known)
 {
     const auto look = [&known](const Animator &animator) {
-        known = std::max(known, checkedAdd(animator._startFrame, animator._frames));
+        known = std::max(known, checkedAdd(animator._placement->startFrame, animator._frames));
     };
     if (lookedAt_ == endChanges) {
         for (const Animator *const animator : changed_)
@@ -101,7 +103,7 @@ std::int64_t Timeline::latestEnd(std::int64_t known)
 
 void Timeline::noteFrames(Animator &animator)
 {
-    Placement &placement = animator._placement;
+    Placement &placement = *animator._placement;
     if (placement.onSeveral) {
         ++endChanges;
     } else if (!placement.noted) {
@@ -118,16 +120,16 @@ bool Timeline::isEarlier(const Entry &left, const Entry &right)
 /// Notes that `animator` has an entry less.
 void Timeline::release(Animator &animator)
 {
-    Placement &placement = animator._placement;
+    Placement &placement = *animator._placement;
     if (--placement.entries == 0)
-        placement = {};
+        placement = {.startFrame = placement.startFrame};
 }
 
 /// Another entry of an animator of ours may have changed its start frame.
 void Timeline::takeStartFrames()
 {
     for (Entry &entry : entries_)
-        entry.startFrame = entry.animator->_startFrame;
+        entry.startFrame = entry.animator->_placement->startFrame;
     sorted_ = 0;
     sortedAt_ = startChanges;
 }
@@ -145,7 +147,7 @@ void Timeline::sort()
 void Timeline::forgetChanges()
 {
     for (Animator *const animator : changed_)
-        animator->_placement.noted = false;
+        animator->_placement->noted = false;
     changed_.clear();
 }
 

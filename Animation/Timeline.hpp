@@ -14,6 +14,8 @@ class Timeline;
 
 /// Where an animator stands on timelines.
 struct Placement {
+    /// It begins there.
+    std::int64_t startFrame = 0;
     /// The timeline that has all entries, unless there are several of them.
     Timeline *timeline = nullptr;
     std::int32_t entries = 0;

@@ -3,18 +3,36 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace animation
 {
 
-/// Which slot of which walk came upon an element first. Elements of a
-/// `WalkedList` have one as their member `_visit`.
-struct Visit {
-    std::uint64_t walk = 0;
-    std::size_t slot = 0;
+/// The number of entries in lists, as far as it can count: past its end it stays
+/// there. Elements of a `WalkedList` have one as their member `_entries`.
+class EntryCount
+{
+public:
+    void add()
+    {
+        if (count_ < uncounted)
+            ++count_;
+    }
+    void remove()
+    {
+        if (count_ < uncounted)
+            --count_;
+    }
+    bool isOne() const { return count_ == 1; }
+
+private:
+    static constexpr std::uint16_t uncounted = std::numeric_limits<std::uint16_t>::max();
+
+    std::uint16_t count_ = 0;
 };
 
 /// An ordered list of shared objects, each of which may stand in it several times,
@@ -29,10 +47,15 @@ public:
     using Pointer = std::shared_ptr<Element>;
 
     WalkedList() = default;
+    ~WalkedList() { clear(); }
     WalkedList(const WalkedList &) = delete;
     WalkedList &operator=(const WalkedList &) = delete;
 
-    void append(Pointer element) { slots_.push_back(std::move(element)); }
+    void append(Pointer element)
+    {
+        slots_.push_back(std::move(element));
+        slots_.back()->_entries.add();
+    }
 
     /// The number of elements.
     std::size_t count() const { return slots_.size() - gaps_; }
@@ -52,21 +75,22 @@ public:
         detachWalk();
         // What an element's end sets off finds the list empty.
         const std::vector<Pointer> removed = std::exchange(slots_, {});
+        for (const Pointer &element : removed)
+            element->_entries.remove();
     }
 
     /// Removes the first entry that is `element` and answers it, or none. Within a
     /// walk it has to be the element that is visited.
     Pointer removeFirst(const Element &element)
     {
-        // An earlier entry than the one that the walk met first there is not.
-        const bool met = walk_ && element._visit.walk == walk_->number();
-        const auto known = static_cast<std::ptrdiff_t>(met ? element._visit.slot : 0);
+        const auto known = static_cast<std::ptrdiff_t>(walk_ ? walk_->firstSlotOf(element) : 0);
         const auto slot =
             std::find_if(slots_.begin() + known, slots_.end(),
                          [&](const Pointer &candidate) { return candidate.get() == &element; });
         if (slot == slots_.end())
             return nullptr;
         Pointer removed = std::move(*slot);
+        removed->_entries.remove();
         if (walk_)
             ++gaps_;
         else
@@ -103,20 +127,26 @@ private:
         Walk(const Walk &) = delete;
         Walk &operator=(const Walk &) = delete;
 
-        /// Unique among the walks of all lists.
-        std::uint64_t number() const { return number_; }
+        /// The first slot that had the element that is visited when a repeated one
+        /// was asked for first: no earlier one has it now. Only in the list itself.
+        std::size_t firstSlotOf(const Element &element)
+        {
+            const std::size_t visited = next_ - 1;
+            if (element._entries.isOne())
+                return visited;
+            if (firstOfRepeated_.empty())
+                findRepeated();
+            const auto first = firstOfRepeated_.find(&element);
+            return first == firstOfRepeated_.end() ? visited : first->second;
+        }
 
         Element *next()
         {
             const std::vector<Pointer> &slots = list_ ? list_->slots_ : rest_;
             while (next_ < end_) {
                 const std::size_t slot = next_++;
-                Element *const element = slots[slot].get();
-                if (!element)
-                    continue;
-                if (list_ && element->_visit.walk != number_)
-                    element->_visit = {number_, slot};
-                return element;
+                if (Element *const element = slots[slot].get())
+                    return element;
             }
             return nullptr;
         }
@@ -135,6 +165,15 @@ private:
         }
 
     private:
+        void findRepeated()
+        {
+            for (std::size_t slot = 0; slot < end_; ++slot) {
+                const Element *const element = list_->slots_[slot].get();
+                if (element && !element->_entries.isOne())
+                    firstOfRepeated_.try_emplace(element, slot);
+            }
+        }
+
         void leaveList()
         {
             if (std::exchange(list_->gaps_, 0) > 0)
@@ -143,13 +182,11 @@ private:
             list_ = nullptr;
         }
 
-        inline static std::uint64_t walkCount = 0;
-
         WalkedList *list_;
         std::vector<Pointer> rest_;
         std::size_t next_ = 0;
         std::size_t end_ = 0;
-        std::uint64_t number_ = ++walkCount;
+        std::unordered_map<const Element *, std::size_t> firstOfRepeated_;
     };
 
     void detachWalk()

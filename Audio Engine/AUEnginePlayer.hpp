@@ -37,6 +37,7 @@ private:
     AUMIDIOutputEventBlock midiOutBlock;
 
 public:
+    /// Hears what playback does; null for nobody.
     Shared<std::shared_ptr<AUEnginePlayerDelegate>> delegate;
 
     /// Stops and takes the effect out of the graph.
@@ -52,6 +53,7 @@ public:
 
     /// Loads a random file, also while playing, then starts unless playing.
     virtual void start();
+    /// Stops unless stopped; returns when it has.
     virtual void stop();
 
     /// Starts or stops; answers whether it plays afterwards.
@@ -66,8 +68,12 @@ public:
 protected:
     /// Picks a file and loads it; that it is absent is a fatal error.
     virtual void randomizeFile();
+    /// Claims the system's audio or gives it back; a refusal is a fatal error.
     virtual void setSessionActive(bool active);
+    /// Does the starting, on the state queue. An audio engine that does not start is a
+    /// fatal error.
     virtual void startPlayingInternal();
+    /// Does the stopping, on the state queue.
     virtual void stopPlayingInternal();
     /// Schedules the file to play once; its end brings the next round.
     virtual void scheduleEffectLoop();

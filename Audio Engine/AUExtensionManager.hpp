@@ -42,7 +42,10 @@ public:
 
     /// The effect's settings in its own order; empty without an effect.
     virtual std::vector<Preset> presets() const;
+    /// The setting chosen last; none without an effect or before a choice.
     virtual std::optional<Preset> currentPreset() const;
+    /// Has the effect take that setting on; none only forgets which is current. Without
+    /// an effect nothing happens.
     virtual void setCurrentPreset(const std::optional<Preset> &preset);
 
     /// Starts or stops playback; answers whether it plays afterwards.
@@ -56,13 +59,19 @@ public:
 
 protected:
     // The search, in the order in which it runs.
+    /// Begins the search on the global queue. What finds no match ends it.
     virtual void loadForRelease();
+    /// Goes on with the component that was found; none ends the search.
     virtual void selectfoundComponent(const std::optional<AVAudioUnitComponent> &component,
                                       std::function<void()> completionHandler);
+    /// Prints the process and the key of what was found.
     virtual void log(const AudioComponentDescription &description);
+    /// Has the component instantiated and connected to the engine, then calls the
+    /// handler on the thread that instantiated it.
     virtual void selectAudioUnitWithComponentDescription(
         const std::optional<AudioComponentDescription> &description,
         std::function<void()> completionHandler);
+    /// The effect is connected: tells the delegate that all is there.
     virtual void onFoundComponent();
 
 private:
@@ -88,5 +97,6 @@ protected:
         .componentManufacturer = platform::audio::fourCharacterCode("QRVX"),
         .componentFlags = 2, // safe in a sandbox
         .componentFlagsMask = 0};
+    /// What the search found.
     std::vector<AVAudioUnitComponent> _availableAudioUnits;
 };

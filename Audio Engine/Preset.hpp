@@ -11,7 +11,9 @@
 class Preset
 {
 public:
+    /// The effect's own number for it, from 0.
     std::int64_t number() const { return preset->number; }
+    /// What people read.
     const std::string &name() const { return preset->name; }
 
 private:

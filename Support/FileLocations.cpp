@@ -1,11 +1,12 @@
 #include "Support/FileLocations.hpp"
 
 #include "Platform/Foundation/Bundle.hpp"
-#include "Platform/Foundation/FatalError.hpp"
+#include "Platform/Foundation/ElementAt.hpp"
 #include "Platform/Foundation/FileManager.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Support/DiagnosticPrinting.hpp"
 
+#include <memory>
 #include <string>
 
 // There from the beginning, whatever else is made before `main`.
@@ -19,11 +20,9 @@ namespace
 
 URL userDocuments()
 {
-    const auto folders = FileManager::defaultManager()->urls(SearchPathDirectory::documentDirectory,
-                                                             SearchPathDomainMask::userDomainMask);
-    if (folders.empty())
-        fatalError("Index out of range");
-    return folders.front();
+    return elementAt(FileManager::defaultManager()->urls(SearchPathDirectory::documentDirectory,
+                                                         SearchPathDomainMask::userDomainMask),
+                     0);
 }
 
 void printPath(const std::string &kind, const std::optional<URL> &url)

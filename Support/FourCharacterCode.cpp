@@ -1,6 +1,7 @@
 #include "Support/FourCharacterCode.hpp"
 
 #include <array>
+#include <initializer_list>
 
 namespace
 {

@@ -5,11 +5,17 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
 #include "Platform/Foundation/ProcessInfo.hpp"
+#include "Platform/Foundation/URL.hpp"
+#include "Platform/Foundation/URLRequest.hpp"
+#include "Platform/Foundation/URLResponse.hpp"
 #include "Platform/Foundation/URLSession.hpp"
 #include "Platform/Interface/NSLayoutConstraint.hpp"
+#include "Platform/Interface/UIImage.hpp"
+#include "Platform/Interface/UIResponder.hpp"
 #include "Support/DiagnosticPrinting.hpp"
 
 #include <exception>
+#include <memory>
 
 namespace
 {

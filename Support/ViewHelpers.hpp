@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Interface/CGGeometry.hpp"
 #include "Platform/Interface/UIColor.hpp"
 #include "Platform/Interface/UIImageView.hpp"
 #include "Platform/Interface/UIView.hpp"

@@ -5,6 +5,7 @@
 #include "Platform/Audio/AVAudioUnit.hpp"
 #include "Platform/Foundation/Bundle.hpp"
 #include "Platform/Foundation/Description.hpp"
+#include "Platform/Foundation/ElementAt.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/FileManager.hpp"
 #include "Platform/Foundation/Print.hpp"
@@ -238,15 +239,15 @@ void ViewController::alertMessage(const std::string &title, const std::string &m
 
 void ViewController::getDirectories()
 {
-    const auto documents = FileManager::defaultManager()->urls(
-        SearchPathDirectory::documentDirectory, SearchPathDomainMask::userDomainMask);
-    if (documents.empty())
-        fatalError("Index out of range");
+    const URL documents =
+        elementAt(FileManager::defaultManager()->urls(SearchPathDirectory::documentDirectory,
+                                                      SearchPathDomainMask::userDomainMask),
+                  0);
     // A location without a path is no folder.
-    if (documents.front().path().empty()) {
+    if (documents.path().empty()) {
         print("ViewController: Documents directory is nil.");
     } else {
-        documentsPath = documents.front().path();
+        documentsPath = documents.path();
         print("ViewController: The app's documents path is: " + documentsPath);
     }
 

@@ -25,6 +25,12 @@ target_compile_options(parvane_settings INTERFACE
     # Products and sums are rounded one by one, so that results have the same
     # bits with every compiler.
     -ffp-contract=off)
+if(PARVANE_COVERAGE)
+    # A static library has no end of its own to write counters at.
+    target_sources(parvane_settings INTERFACE
+        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c>")
+    target_link_options(parvane_settings INTERFACE "LINKER:--wrap=abort,--wrap=_exit")
+endif()
 if(PARVANE_SANITIZE)
     # Applied everywhere: a library built without would hide what it does.
     add_compile_options(-fsanitize=${PARVANE_SANITIZE} -fno-omit-frame-pointer
@@ -57,10 +63,12 @@ function(parvane_module name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/parvane-host")
 endfunction()
 
-# parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TIMEOUT seconds])
-# A GoogleTest program; each of its tests becomes a test of CTest.
+# parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TOGETHER]
+#     [TIMEOUT seconds])
+# A GoogleTest program; each of its tests becomes a test of CTest. TOGETHER makes one of
+# them all, for tests that share what takes long to make.
 function(parvane_test name)
-    cmake_parse_arguments(ARG "SERIAL" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "SERIAL;TOGETHER" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -68,6 +76,9 @@ function(parvane_test name)
     target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} GTest::gmock
         GTest::gtest_main)
     target_compile_definitions(${name} PRIVATE TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
+    # Lines and names are enough for a trace of a test; the rest takes a quarter of the
+    # time to compile.
+    target_compile_options(${name} PRIVATE -g1)
     set(properties TIMEOUT ${ARG_TIMEOUT})
     if(ARG_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)
@@ -77,5 +88,10 @@ function(parvane_test name)
         list(JOIN ARG_ENVIRONMENT "\\;" environment)
         list(APPEND properties ENVIRONMENT "${environment}")
     endif()
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+    if(ARG_TOGETHER)
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES ${properties})
+    else()
+        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+    endif()
 endfunction()

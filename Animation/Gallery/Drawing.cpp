@@ -1,9 +1,8 @@
 #include "Animation/Gallery/Drawing.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
-#include <utility>
+#include <cstdint>
 
 #include <fmt/format.h>
 

@@ -2,12 +2,15 @@
 
 #include "Animation/Animator.hpp"
 #include "Animation/Inspection.hpp"
+#include "Platform/Foundation/Callback.hpp"
 #include "Platform/Foundation/TimerDriver.hpp"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace animation::gallery

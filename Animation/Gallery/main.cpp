@@ -3,10 +3,12 @@
 #include "Animation/Gallery/Recording.hpp"
 
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
-#include <fstream>
+#include <fstream> // IWYU pragma: keep
 #include <iostream>
 #include <string>
+#include <system_error>
 
 namespace
 {

@@ -1,6 +1,7 @@
 // How late timers of 5 ms and 9 ms tick, in the kit, in GLib and in Qt, while the
-// machine is idle and while every core is busy: timer_lateness [SECONDS]
+// machine is idle and while every core is busy: timer_lateness [SECONDS [ROUNDS]]
 #include "Animation/Animator.hpp"
+#include "Benchmarks/Report/Report.hpp"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -168,33 +170,38 @@ struct Driver {
 constexpr std::array drivers{Driver{"kit", runKit}, Driver{"Qt precise", runQt},
                              Driver{"g_timeout_add", runGLib}};
 
-void goal(const char *what, int interval, const char *load, double limit, double figure)
-{
-    std::printf("| %s, %d ms, %s | %.4g | %.4g | %s |\n", what, interval, load, limit, figure,
-                figure <= limit ? "met" : "missed");
-}
+/// What each driver's timer of one interval was like, round by round.
+using Lateness = std::array<std::vector<double>, drivers.size()>;
 
-void measure(const char *load, double seconds)
+void measure(const char *load, double seconds, int rounds)
 {
-    std::vector<Grids> results;
-    for (const Driver &driver : drivers) {
-        Grids grids{Grid(intervals[0]), Grid(intervals[1])};
-        driver.run(grids, seconds);
-        for (const Grid &grid : grids)
-            std::printf("%-13s %-4s %u ms: %5zu ticks, %4.0f missed, late p50 %8.1f us, "
-                        "p99 %8.1f us, drift %8.1f us\n",
-                        driver.name, load, milliseconds(grid), grid.ticks(), grid.missed(),
-                        1e6 * grid.percentile(0.5), 1e6 * grid.percentile(0.99),
-                        1e6 * grid.drift());
-        std::fflush(stdout);
-        results.push_back(std::move(grids));
-    }
+    std::array<Lateness, intervals.size()> late;
+    std::array<std::vector<double>, intervals.size()> drift; // of the kit, in ms
+    for (int round = 0; round < rounds; ++round)
+        for (std::size_t driver = 0; driver < drivers.size(); ++driver) {
+            Grids grids{Grid(intervals[0]), Grid(intervals[1])};
+            drivers[driver].run(grids, seconds);
+            for (std::size_t i = 0; i < grids.size(); ++i) {
+                const Grid &grid = grids[i];
+                std::printf("%-13s %-4s %u ms: %5zu ticks, %4.0f missed, late p50 %8.1f us, "
+                            "p99 %8.1f us, drift %8.1f us\n",
+                            drivers[driver].name, load, milliseconds(grid), grid.ticks(),
+                            grid.missed(), 1e6 * grid.percentile(0.5), 1e6 * grid.percentile(0.99),
+                            1e6 * grid.drift());
+                std::fflush(stdout);
+                late[i][driver].push_back(grid.percentile(0.99));
+                if (driver == 0)
+                    drift[i].push_back(1e3 * grid.drift());
+            }
+        }
     for (std::size_t i = 0; i < intervals.size(); ++i) {
-        const Grid &kit = results[0][i];
-        const int interval = static_cast<int>(milliseconds(kit));
-        goal("Timer lateness p99 over Qt's precise timer", interval, load, 0.2,
-             kit.percentile(0.99) / results[1][i].percentile(0.99));
-        goal("Timer drift in milliseconds", interval, load, 0.1, 1e3 * kit.drift());
+        const std::string which =
+            std::to_string(std::lround(intervals[i] * 1000)) + " ms timer, " + load;
+        printRow({"Lateness (p99) of a " + which, "Qt's precise timer", 0.2,
+                  ratios(late[i][0], late[i][1])});
+        printRow(
+            {"Lateness (p99) of a " + which, "g_timeout_add", {}, ratios(late[i][0], late[i][2])});
+        printRow({"Drift of a " + which, "", 0.1, drift[i], "ms"});
     }
 }
 
@@ -203,8 +210,9 @@ void measure(const char *load, double seconds)
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 20;
-    measure("idle", seconds);
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
+    const int rounds = argc > 2 ? std::atoi(argv[2]) : 3;
+    measure("idle", seconds, rounds);
     const Load load;
-    measure("busy", seconds);
+    measure("busy", seconds, rounds);
 }

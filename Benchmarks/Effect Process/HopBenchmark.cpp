@@ -1,13 +1,15 @@
-// One block of audio through an effect that does nothing: in this process, and in a
-// process of its own. How long the audio callback is away, and what both processes
-// together take of the processor.
+// One block of audio through an effect that does nothing: in this process, in a
+// process of its own, and beside that, a byte to another process and back. How long
+// the audio callback is away, and what both processes together take of the processor.
 //
 // Usage: effect_hop_benchmark [BLOCKS [SECONDS]]
 // BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames.
 
 #include "Benchmarks/Effect Process/BusyProcessors.hpp"
+#include "Benchmarks/Effect Process/EchoProcess.hpp"
 #include "Benchmarks/Engine/BareHost.hpp"
 #include "Benchmarks/Engine/Measurement.hpp"
+#include "Benchmarks/Report/Report.hpp"
 #include "Platform/Audio/LocalAudioUnit.hpp"
 #include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/ThreadPriority.hpp"
@@ -47,7 +49,8 @@ constexpr std::array conditions{
     Condition{"busy", true, false}, Condition{"busy, real-time", true, true}};
 
 struct Result {
-    std::vector<double> microseconds;   // one a block
+    std::vector<double> microseconds;   // one a block, the shortest first
+    std::vector<double> medians;        // of ten parts of the run
     std::uint64_t lateBlocks = 0;       // of the remote unit
     double processorMicroseconds = 0.0; // a block, both processes
 };
@@ -66,7 +69,35 @@ double processorTimeOf(pid_t process)
     return seconds;
 }
 
-/// Renders `blocks` blocks, one every `interval` or as fast as it goes.
+/// Makes `count` calls, one every `interval` or as fast as it goes.
+template <typename Call>
+Result timeCalls(std::size_t count, std::optional<std::chrono::nanoseconds> interval,
+                 const Call &call)
+{
+    Result result;
+    result.microseconds.reserve(count);
+    auto next = Clock::now();
+    for (std::size_t index = 0; index < count; ++index) {
+        if (interval) {
+            next += *interval;
+            std::this_thread::sleep_until(next);
+        }
+        const auto begun = Clock::now();
+        call(index);
+        result.microseconds.push_back(
+            std::chrono::duration<double, std::micro>(Clock::now() - begun).count());
+    }
+    constexpr std::size_t parts = 10;
+    for (std::size_t part = 0; part < parts; ++part) {
+        const auto bound = [&](std::size_t which) {
+            return result.microseconds.begin() + static_cast<std::ptrdiff_t>(which * count / parts);
+        };
+        result.medians.push_back(median({bound(part), bound(part + 1)}));
+    }
+    std::sort(result.microseconds.begin(), result.microseconds.end());
+    return result;
+}
+
 Result renderBlocks(AUAudioUnit &unit, std::uint32_t frames, std::size_t blocks,
                     std::optional<std::chrono::nanoseconds> interval)
 {
@@ -75,22 +106,10 @@ Result renderBlocks(AUAudioUnit &unit, std::uint32_t frames, std::size_t blocks,
     std::vector<float> right(frames);
     const std::array<const float *, 2> inputs{in.data(), in.data()};
     const std::array<float *, 2> outputs{left.data(), right.data()};
-    Result result;
-    result.microseconds.reserve(blocks);
-    auto next = Clock::now();
-    for (std::size_t block = 0; block < blocks; ++block) {
-        if (interval) {
-            next += *interval;
-            std::this_thread::sleep_until(next);
-        }
-        const auto begun = Clock::now();
+    return timeCalls(blocks, interval, [&](std::size_t block) {
         unit.render(
             {inputs.data(), outputs.data(), frames, static_cast<std::int64_t>(block * frames)});
-        result.microseconds.push_back(
-            std::chrono::duration<double, std::micro>(Clock::now() - begun).count());
-    }
-    std::sort(result.microseconds.begin(), result.microseconds.end());
-    return result;
+    });
 }
 
 class AudioThreadPriority
@@ -151,7 +170,8 @@ double quantile(const std::vector<double> &sorted, double share)
     return sorted[index];
 }
 
-void printRow(const char *place, const Pace &pace, const Condition &condition, const Result &result)
+void printLine(const char *place, const Pace &pace, const Condition &condition,
+               const Result &result)
 {
     fmt::print("{:12} {:14} {:16} {:9} {:8.2f} {:8.2f} {:9.1f} {:6} {:9.2f}\n", place, pace.name,
                condition.name, pace.blocks, quantile(result.microseconds, 0.5),
@@ -160,18 +180,26 @@ void printRow(const char *place, const Pace &pace, const Condition &condition, c
     std::fflush(stdout);
 }
 
-void reportGoals(const Pace &pace, const Result &here, const Result &apart)
+void reportGoals(const Pace &pace, const Result &here, const Result &apart, const Result &echo)
 {
-    const double median = quantile(apart.microseconds, 0.5);
-    if (!pace.interval) {
-        reportGoal("Hop to the effect's process, blocks of 64 back to back, median", 5.0, median,
-                   "µs");
+    const std::string blocks =
+        pace.interval ? "256 frames at their pace" : "64 frames back to back";
+    printRow({"Hop to the effect's process, " + blocks, "a byte there and back", 1.0,
+              ratios(apart.medians, echo.medians)});
+    printRow({"Hop to the effect's process, " + blocks, "", pace.interval ? 20.0 : 5.0,
+              apart.medians, "µs"});
+    if (!pace.interval)
         return;
-    }
-    reportGoal("Hop to the effect's process, 256 frames at their pace, median", 20.0, median, "µs");
-    reportGoal("Late blocks of 256 frames, idle", 0.0, static_cast<double>(apart.lateBlocks));
-    reportGoal("Processor time a block of both processes over the unit in this one", 20.0,
-               apart.processorMicroseconds - here.processorMicroseconds, "µs");
+    printRow({"Late blocks of 256 frames, idle",
+              "",
+              0.0,
+              {static_cast<double>(apart.lateBlocks)},
+              "blocks"});
+    printRow({"Processor time a block beyond the unit in this process",
+              "",
+              20.0,
+              {apart.processorMicroseconds - here.processorMicroseconds},
+              "µs"});
 }
 
 void compare(std::size_t blocks, double seconds)
@@ -186,6 +214,7 @@ void compare(std::size_t blocks, double seconds)
                "machine", "count", "p50 µs", "p99.9", "max", "late", "CPU µs");
     for (const Pace &pace : paces) {
         for (const Condition &condition : conditions) {
+            const EchoProcess other;
             LocalAudioUnit local(nothing);
             RemoteAudioUnit remote(nothing);
             std::optional<BusyProcessors> load;
@@ -198,10 +227,13 @@ void compare(std::size_t blocks, double seconds)
             }
             const Result here = measure(local, pace);
             const Result apart = measure(remote, pace);
-            printRow("this process", pace, condition, here);
-            printRow("its own", pace, condition, apart);
+            const Result echo =
+                timeCalls(pace.blocks, pace.interval, [&](std::size_t) { other.callBack(); });
+            printLine("this process", pace, condition, here);
+            printLine("its own", pace, condition, apart);
+            printLine("(echo)", pace, condition, echo);
             if (!condition.isLoaded && !condition.isRealTime)
-                reportGoals(pace, here, apart);
+                reportGoals(pace, here, apart, echo);
         }
     }
 }

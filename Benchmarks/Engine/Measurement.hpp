@@ -1,8 +1,5 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
 #include <ctime>
 
 /// Seconds that something took: of the wall clock, and of processor time in all
@@ -41,9 +38,3 @@ Cost costOf(const Operation &operation)
     operation();
     return watch.elapsed();
 }
-
-/// The middle one; not a number when there is none.
-double median(std::vector<double> values);
-
-/// Prints a row of the summary, in Markdown: a figure that has to be at most `limit`.
-void reportGoal(const std::string &what, double limit, double figure, const std::string &unit = "");

@@ -1,3 +1,5 @@
+#include "Benchmarks/Report/Report.hpp"
+
 #include <X11/Xlib.h>
 
 #include <fcntl.h>
@@ -11,7 +13,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -117,15 +118,6 @@ Start measure(Display *display, const std::string &path, bool waitForLine)
     return start;
 }
 
-double median(std::vector<double> values)
-{
-    if (values.empty())
-        return std::numeric_limits<double>::quiet_NaN();
-    std::sort(values.begin(), values.end());
-    const std::size_t middle = values.size() / 2;
-    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 void compare(Display *display, int runs)
 {
     std::vector<double> bare;
@@ -141,18 +133,15 @@ void compare(Display *display, int runs)
             continue;
         bare.push_back(*one.mapped);
         mapped.push_back(*other.mapped);
-        if (other.printed)
-            printed.push_back(*other.printed);
+        if (!other.printed)
+            throw std::runtime_error("The program never said that the effect is connected.");
+        printed.push_back(*other.printed);
     }
-    fmt::print("bare gtkmm window mapped:   {:7.1f} ms\n", median(bare));
-    fmt::print("parvane-host window mapped: {:7.1f} ms, ratio {:.2f} (goal 2.0)\n", median(mapped),
-               median(mapped) / median(bare));
-    if (printed.empty())
-        fmt::print("parvane-host never printed that the effect is connected\n");
-    else
-        fmt::print("parvane-host effect connected: {:4.1f} ms, ratio {:.2f} (goal 2.5), {} of {} "
-                   "runs\n",
-                   median(printed), median(printed) / median(bare), printed.size(), runs);
+    fmt::print("bare gtkmm window mapped:      {:7.1f} ms\n", median(bare));
+    fmt::print("parvane-host window mapped:    {:7.1f} ms\n", median(mapped));
+    fmt::print("parvane-host effect connected: {:7.1f} ms\n", median(printed));
+    printRow({"Window mapped", "a bare gtkmm window", 2.0, ratios(mapped, bare)});
+    printRow({"Effect connected", "a bare gtkmm window mapped", 2.5, ratios(printed, bare)});
 }
 
 } // namespace

@@ -17,6 +17,7 @@ class AUViewController;
 class AUAudioUnitPreset
 {
 public:
+    /// A preset that a unit offers.
     AUAudioUnitPreset(std::int64_t presetNumber, std::string presetName)
         : number(presetNumber), name(std::move(presetName))
     {
@@ -24,6 +25,7 @@ public:
 
     /// Factory presets count from 0 in the unit's order.
     std::int64_t number;
+    /// What people read.
     std::string name;
 };
 
@@ -55,12 +57,14 @@ public:
     AUAudioUnit(const AUAudioUnit &) = delete;
     AUAudioUnit &operator=(const AUAudioUnit &) = delete;
 
+    /// The key under which the component is registered.
     virtual AudioComponentDescription componentDescription() const = 0;
     /// The name under which the component is registered.
     virtual std::string audioUnitName() const = 0;
 
     /// What the host calls the context in which the unit runs. None at first.
     virtual std::optional<std::string> contextName() const = 0;
+    /// Tells the unit, which may show it; at once, and whenever it is made anew.
     virtual void setContextName(std::optional<std::string> name) = 0;
 
     /// One name for each MIDI output; empty when the unit emits none.
@@ -72,6 +76,7 @@ public:
     /// None when the unit reports no presets at all.
     virtual std::optional<std::vector<std::shared_ptr<AUAudioUnitPreset>>>
     factoryPresets() const = 0;
+    /// The preset set last; null at first and after null was set.
     virtual std::shared_ptr<AUAudioUnitPreset> currentPreset() const = 0;
     /// Brings the unit into the preset's state; null only forgets which is current.
     virtual void setCurrentPreset(const std::shared_ptr<AUAudioUnitPreset> &preset) = 0;
@@ -82,6 +87,7 @@ public:
 
     /// Channels of the main audio input and output; 0 where there is none.
     virtual std::uint32_t inputChannelCount() const = 0;
+    /// Channels of the main audio output; 0 where there is none.
     virtual std::uint32_t outputChannelCount() const = 0;
 
     /// Makes ready to render blocks of up to `maximumFrames` frames at
@@ -89,7 +95,10 @@ public:
     /// when the unit cannot run so. Called again, it replaces what was allocated.
     /// Never while `render` may run.
     virtual void allocateRenderResources(double sampleRate, std::uint32_t maximumFrames) = 0;
+    /// Gives back what rendering took; without effect when nothing is allocated. Never
+    /// while `render` may run.
     virtual void deallocateRenderResources() = 0;
+    /// Whether `render` may be called.
     virtual bool renderResourcesAllocated() const = 0;
 
     /// Says that rendering is not bound to time: a unit then does at once, and so

@@ -34,7 +34,9 @@ public:
     AVAudioEngine(const AVAudioEngine &) = delete;
     AVAudioEngine &operator=(const AVAudioEngine &) = delete;
 
+    /// The mixer whose sum goes to the output, attached from the beginning.
     const std::shared_ptr<AVAudioMixerNode> &mainMixerNode() const;
+    /// What stands for the device.
     const std::shared_ptr<AVAudioOutputNode> &outputNode() const;
 
     /// Makes the node part of the graph. Without effect when it is already.
@@ -58,13 +60,17 @@ public:
     /// that cannot run in the format of its connections is silent, and standard error
     /// says why.
     void start();
+    /// Closes the device. Players keep what they have queued. Without effect when
+    /// stopped.
     void stop();
+    /// Whether it has been started and not stopped since.
     bool isRunning() const;
 
     /// From now on `start` opens no device and `renderOffline` renders, in blocks
     /// of up to `maximumFrameCount` frames of `format`. Only while stopped; else a
     /// `PlatformError`.
     void enableManualRenderingMode(const AVAudioFormat &format, std::uint32_t maximumFrameCount);
+    /// From now on `start` opens the device again. Stops first.
     void disableManualRenderingMode();
 
     /// Renders the next `frames` frames into `buffer`, which has the manual

@@ -29,6 +29,7 @@ public:
     AVAudioFile(const AVAudioFile &) = delete;
     AVAudioFile &operator=(const AVAudioFile &) = delete;
 
+    /// Where the file lies.
     const URL &url() const { return url_; }
 
     /// The format in which frames are read: the file's own rate and channels.

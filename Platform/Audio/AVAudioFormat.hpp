@@ -15,11 +15,13 @@ public:
 
     /// Frames a second, in Hz.
     double sampleRate() const { return sampleRate_; }
+    /// How many channels, one buffer each.
     std::uint32_t channelCount() const { return channelCount_; }
 
     /// For messages: "48000 Hz, 2 channels".
     std::string description() const;
 
+    /// Whether rate and number of channels are the same.
     friend bool operator==(const AVAudioFormat &, const AVAudioFormat &) = default;
 
 private:

@@ -10,6 +10,7 @@ class AVAudioMixerNode : public AVAudioNode
 {
 public:
     std::uint32_t numberOfInputs() const override { return UINT32_MAX; }
+    /// One: the sum.
     std::uint32_t numberOfOutputs() const override { return 1; }
     std::string name() const override { return "mixer"; }
 };

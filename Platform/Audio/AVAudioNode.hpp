@@ -20,6 +20,7 @@ public:
     /// How many busses the node can take input on: 0 for a source; a mixer has as
     /// many as are connected to it.
     virtual std::uint32_t numberOfInputs() const = 0;
+    /// How many busses it gives output on: 0 for the output, else 1.
     virtual std::uint32_t numberOfOutputs() const = 0;
 
     /// For messages.

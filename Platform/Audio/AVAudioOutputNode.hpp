@@ -21,6 +21,7 @@ public:
     std::shared_ptr<AVAudioFormat> outputFormat(std::uint32_t forBus) const;
 
     std::uint32_t numberOfInputs() const override { return 1; }
+    /// None: the graph ends here.
     std::uint32_t numberOfOutputs() const override { return 0; }
     std::string name() const override { return "output"; }
 

@@ -16,7 +16,9 @@ public:
     AVAudioPCMBuffer(const AVAudioPCMBuffer &) = delete;
     AVAudioPCMBuffer &operator=(const AVAudioPCMBuffer &) = delete;
 
+    /// What rate the samples have, and how many channels there are.
     const AVAudioFormat &format() const { return format_; }
+    /// How many frames there is room for.
     std::uint32_t frameCapacity() const { return frameCapacity_; }
 
     /// How many frames hold audio.
@@ -27,6 +29,7 @@ public:
     /// One pointer a channel, each to `frameCapacity` samples that start on a
     /// 64-byte boundary.
     float *const *floatChannelData() { return channels_.data(); }
+    /// The same for reading.
     const float *const *floatChannelData() const { return channels_.data(); }
 
 private:

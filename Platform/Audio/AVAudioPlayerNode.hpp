@@ -39,9 +39,11 @@ public:
     /// on that thread, it runs them in place.
     void stop();
 
+    /// Whether it was told to play, and neither to pause nor to stop since. Any thread.
     bool isPlaying() const;
 
     std::uint32_t numberOfInputs() const override { return 0; }
+    /// One: the files, one after the other.
     std::uint32_t numberOfOutputs() const override { return 1; }
     std::string name() const override;
 

@@ -12,6 +12,7 @@ inline constexpr std::string_view AVAudioSessionModeDefault = "AVAudioSessionMod
 class AVAudioSession
 {
 public:
+    /// The one instance.
     static AVAudioSession &sharedInstance();
 
     /// What the program does with audio. A category or mode the session does not

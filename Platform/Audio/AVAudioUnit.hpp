@@ -32,6 +32,7 @@ public:
     /// One bus each way whatever the unit has: a generator between a source and
     /// the mixer takes no audio, but the source goes on in time.
     std::uint32_t numberOfInputs() const override { return 1; }
+    /// One, as `numberOfInputs` says.
     std::uint32_t numberOfOutputs() const override { return 1; }
     std::string name() const override;
 

@@ -9,6 +9,7 @@
 class AVAudioUnitComponent
 {
 public:
+    /// The entry of the plug-in with that URI.
     AVAudioUnitComponent(AudioComponentDescription description, std::string pluginURI)
         : description_(description), pluginURI_(std::move(pluginURI))
     {

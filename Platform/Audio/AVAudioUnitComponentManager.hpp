@@ -10,6 +10,7 @@
 class AVAudioUnitComponentManager
 {
 public:
+    /// The machine's one registry.
     static AVAudioUnitComponentManager &shared();
     virtual ~AVAudioUnitComponentManager() = default;
 

@@ -24,8 +24,8 @@ namespace
 
 constexpr double secondsAhead = 0.1;
 
-// Without a clock to keep to, little enough to stay in the fastest cache.
-constexpr double secondsAheadByHand = 0.04;
+// Without a clock to keep to, what is asked for is early enough.
+constexpr double secondsAheadByHand = 0.0;
 
 // A larger block of the device is rendered in parts, so this bounds memory alone.
 constexpr std::uint32_t mostFramesPerBlock = 8192;
@@ -45,6 +45,26 @@ bool hasFrames(const RenderPlan &plan)
                        [](const RenderPlan::Player &player) {
                            return player.core->hasFrames(player.framesPerBlock);
                        });
+}
+
+[[noreturn]] void throwNotByHand()
+{
+    throw PlatformError("The engine has not been started for manual rendering");
+}
+
+void requireFitting(std::uint32_t frames, const AVAudioPCMBuffer &buffer,
+                    const AVAudioFormat &format, std::uint32_t maximumFrames)
+{
+    if (buffer.format() != format)
+        throw PlatformError("The buffer's format is not that of manual rendering");
+    if (frames > maximumFrames || frames > buffer.frameCapacity())
+        throw PlatformError("More frames than agreed were asked for");
+}
+
+// What one thread counts for others to see.
+REALTIME void countUp(std::atomic<std::uint64_t> &count) noexcept
+{
+    count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
 } // namespace
@@ -171,45 +191,68 @@ void EngineCore::disableManualRenderingMode()
 
 void EngineCore::renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer)
 {
+    if (hasLatencies_.load()) {
+        const Lock lock(mutex_);
+        followLatencies();
+    }
+    if (renderPlanned(frames, buffer, false))
+        return;
+    waitForPlayers();
+    if (!renderPlanned(frames, buffer, true))
+        renderSilence(frames, buffer);
+}
+
+// Answers false without a plan, and where a player is short of frames and may not be.
+bool EngineCore::renderPlanned(std::uint32_t frames, AVAudioPCMBuffer &buffer, bool mayBeShort)
+{
+    const Published<RenderPlan>::Use plan(plan_);
+    if (!plan)
+        return false;
+    if (!plan->isByHand)
+        throwNotByHand();
+    requireFitting(frames, buffer, plan->last->format(), plan->maximumFrames);
+    if (frames > 0 && !mayBeShort && !hasFrames(*plan))
+        return false;
+    buffer.setFrameLength(frames);
+    if (frames > 0) {
+        const foundation::DenormalMode noDenormals;
+        plan->last->pullInto(buffer.floatChannelData(), frames);
+        plan->finishBlock();
+    }
+    return true;
+}
+
+// Without plan and mutex: what the wait is for may change the graph.
+void EngineCore::waitForPlayers()
+{
+    const std::shared_ptr<const Players> players = players_.load();
+    for (const RenderPlan::Player &player : *players)
+        player.core->waitForFrames(player.framesPerBlock);
+}
+
+// What comes out while the graph cannot be rendered.
+void EngineCore::renderSilence(std::uint32_t frames, AVAudioPCMBuffer &buffer)
+{
     {
         const Lock lock(mutex_);
         if (!manualFormat_ || !running_)
-            throw PlatformError("The engine has not been started for manual rendering");
-        if (buffer.format() != *manualFormat_)
-            throw PlatformError("The buffer's format is not that of manual rendering");
-        if (frames > maximumFrames_ || frames > buffer.frameCapacity())
-            throw PlatformError("More frames than agreed were asked for");
+            throwNotByHand();
+        requireFitting(frames, buffer, *manualFormat_, maximumFrames_);
     }
     buffer.setFrameLength(frames);
-    if (frames == 0)
-        return;
-    RenderPlan *plan = plan_.acquire();
-    if (plan != nullptr && !hasFrames(*plan)) {
-        // Without plan and mutex: what the wait is for may change the graph.
-        plan_.release();
-        const std::shared_ptr<const Players> players = players_.load();
-        for (const RenderPlan::Player &player : *players)
-            player.core->waitForFrames(player.framesPerBlock);
-        plan = plan_.acquire();
-    }
-    const foundation::DenormalMode noDenormals;
-    if (plan != nullptr) {
-        plan->last->pullInto(buffer.floatChannelData(), frames);
-        plan->finishBlock();
-    } else {
-        for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel)
-            std::fill_n(buffer.floatChannelData()[channel], frames, 0.0F);
-    }
-    plan_.release();
+    for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel)
+        std::fill_n(buffer.floatChannelData()[channel], frames, 0.0F);
 }
 
 void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
                                    std::uint32_t channels) noexcept
 {
-    blocksBegun_.fetch_add(1, std::memory_order_relaxed);
+    countUp(blocksBegun_);
+    const auto begun = std::chrono::steady_clock::now();
     const foundation::DenormalMode noDenormals;
-    RenderPlan *const plan = plan_.acquire();
-    const bool fits = plan != nullptr && plan->last->format().channelCount() == channels;
+    const Published<RenderPlan>::Use plan(plan_);
+    const bool fits = plan && plan->last->format().channelCount() == channels;
+    const double seconds = fits ? frames / plan->last->format().sampleRate() : 0.0;
     while (fits && frames > 0) {
         const std::uint32_t part = std::min(frames, plan->maximumFrames);
         guard_.pass(plan->last->pull(part), channels, part, samples);
@@ -218,8 +261,10 @@ void EngineCore::renderInterleaved(float *samples, std::uint32_t frames,
         frames -= part;
     }
     std::fill_n(samples, static_cast<std::size_t>(frames) * channels, 0.0F);
-    plan_.release();
-    blocksDone_.fetch_add(1, std::memory_order_relaxed);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begun;
+    if (fits && taken.count() > seconds)
+        countUp(overloads_);
+    countUp(blocksDone_);
 }
 
 EngineCore::Lock EngineCore::lockWithoutUnits()
@@ -258,7 +303,10 @@ void EngineCore::publish(bool mayThrow)
                     return state.clock;
             return std::make_shared<RenderClock>();
         });
+        plan->isByHand = manualFormat_.has_value();
         players_.store(std::make_shared<const Players>(plan->players));
+        latencies_ = plan->latencies;
+        hasLatencies_.store(!latencies_.empty());
         plan_.exchange(std::move(plan));
     } catch (const PlatformError &error) {
         withdrawPlan();
@@ -268,8 +316,20 @@ void EngineCore::publish(bool mayThrow)
     }
 }
 
+void EngineCore::followLatencies()
+{
+    const auto hasChanged = [](const RenderPlan::Latency &latency) {
+        return latency.unit->latency() != latency.seconds;
+    };
+    if (std::any_of(latencies_.begin(), latencies_.end(), hasChanged))
+        publish(false);
+}
+
 void EngineCore::withdrawPlan()
 {
+    // Units that are not rendered any more are not to be held.
+    latencies_.clear();
+    hasLatencies_.store(false);
     players_.store(std::make_shared<const Players>());
     plan_.exchange(nullptr);
 }
@@ -338,8 +398,10 @@ void EngineCore::watchOnce()
 {
     tellFaults();
     if (!deviceLost_) {
-        if (deviceIsAlive())
+        if (deviceIsAlive()) {
+            followLatencies();
             return;
+        }
         deviceLost_ = true;
         printError("The audio device has gone away; going on with the default device.");
     }
@@ -378,6 +440,20 @@ void EngineCore::tellFaults()
         printError("The audio held samples that are no numbers; such blocks are silenced.");
     if (guard_.sawTooLoud() && !std::exchange(toldTooLoud_, true))
         printError("The audio is louder than the device can play; it is limited.");
+    if (isOverloaded() && !std::exchange(toldOverload_, true))
+        printError("The audio takes longer to render than to play; there are gaps in it.");
+}
+
+// Where it lasts: blocks that are held up now and then are the machine's business.
+bool EngineCore::isOverloaded()
+{
+    constexpr int looks = 10; // a second
+    const std::uint64_t late = overloads_.load() - overloadsSeen_;
+    const std::uint64_t blocks = blocksDone_.load() - blocksAtLook_;
+    overloadsSeen_ += late;
+    blocksAtLook_ += blocks;
+    overloadedLooks_ = 2 * late > blocks ? overloadedLooks_ + 1 : 0;
+    return overloadedLooks_ >= looks;
 }
 
 } // namespace platform::audio

@@ -52,6 +52,7 @@ public:
     bool isRunning() const { return running_.load(); }
     void enableManualRenderingMode(const AVAudioFormat &format, std::uint32_t maximumFrameCount);
     void disableManualRenderingMode();
+    /// One thread at a time; it takes no lock but where it waits or there is no plan.
     void renderOffline(std::uint32_t frames, AVAudioPCMBuffer &buffer);
 
     REALTIME void renderInterleaved(float *samples, std::uint32_t frames,
@@ -66,6 +67,7 @@ private:
     };
     using Lock = std::unique_lock<std::mutex>;
     using Players = std::vector<RenderPlan::Player>;
+    using Latencies = std::vector<RenderPlan::Latency>;
 
     /// The mutex, with no wait for a unit that hangs over its preparation.
     Lock lockWithoutUnits();
@@ -75,13 +77,19 @@ private:
     void allocateUnit(const RenderPlanner::Unit &planned);
     void publish(bool mayThrow);
     void withdrawPlan();
+    /// A new plan when a unit's delay has changed on a path that meets others.
+    void followLatencies();
     void openDevice();
     void closeDevice();
     void watchDevice();
     void watchOnce();
     bool deviceIsAlive();
+    bool renderPlanned(std::uint32_t frames, AVAudioPCMBuffer &buffer, bool mayBeShort);
+    void waitForPlayers();
+    void renderSilence(std::uint32_t frames, AVAudioPCMBuffer &buffer);
     void runDevice();
     void tellFaults();
+    bool isOverloaded();
 
     const std::shared_ptr<AVAudioMixerNode> mixer_ = std::make_shared<AVAudioMixerNode>();
     const std::shared_ptr<AVAudioOutputNode> output_ = std::make_shared<AVAudioOutputNode>();
@@ -104,9 +112,17 @@ private:
     bool deviceLost_ = false;
     bool toldNonFinite_ = false;
     bool toldTooLoud_ = false;
+    // Blocks that took longer than they sound, and what there was at the last look.
+    std::atomic<std::uint64_t> overloads_{0};
+    std::uint64_t overloadsSeen_ = 0;
+    std::uint64_t blocksAtLook_ = 0;
+    int overloadedLooks_ = 0;
+    bool toldOverload_ = false;
     std::condition_variable watchEnds_;
     std::thread watch_;
     Shared<std::shared_ptr<const Players>> players_{std::make_shared<const Players>()};
+    Latencies latencies_;
+    std::atomic<bool> hasLatencies_{false};
 
     Published<RenderPlan> plan_;
     OutputGuard guard_;

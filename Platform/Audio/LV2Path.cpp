@@ -1,5 +1,7 @@
 #include "Platform/Audio/LV2Path.hpp"
 
+#include "Platform/Foundation/ProcessInfo.hpp"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -62,6 +64,9 @@ std::vector<std::string> lv2Folders()
     for (std::string part; std::getline(parts, part, ':');)
         if (!part.empty())
             folders.push_back(expanded(part));
+    if (path == nullptr)
+        for (const std::string &folder : ProcessInfo::processInfo().libraryFolders())
+            folders.push_back(folder + "/lv2");
     return folders;
 }
 

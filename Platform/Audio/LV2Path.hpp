@@ -7,7 +7,8 @@ namespace platform::audio
 {
 
 /// The folders that hold LV2 bundles: `LV2_PATH` as it is now, else the system's
-/// usual ones. A leading `~` and `$NAME` stand for what the environment says.
+/// usual ones and then this program's own, wherever it is installed. A leading `~`
+/// and `$NAME` stand for what the environment says.
 std::vector<std::string> lv2Folders();
 
 /// The bundles in those folders: in the order of the folders, then by name. One

@@ -43,6 +43,9 @@ LocalAudioUnit::LocalAudioUnit(const AVAudioUnitComponent &component)
 LocalAudioUnit::~LocalAudioUnit()
 {
     delivery_->setHandler(nullptr);
+    // What was said last.
+    if (midiThread_)
+        midiThread_->runNow();
 }
 
 AudioComponentDescription LocalAudioUnit::componentDescription() const
@@ -74,6 +77,9 @@ std::vector<std::string> LocalAudioUnit::MIDIOutputNames() const
 
 void LocalAudioUnit::setMIDIOutputEventBlock(AUMIDIOutputEventBlock block)
 {
+    // What nobody was there to hear is not for a later handler.
+    if (midiThread_ && !delivery_->hasHandler())
+        midiThread_->runNow();
     delivery_->setHandler(std::move(block));
 }
 
@@ -84,7 +90,7 @@ LocalAudioUnit::factoryPresets() const
     std::vector<std::shared_ptr<AUAudioUnitPreset>> presets;
     for (const auto &preset : hosted_.plugin().presets())
         presets.push_back(std::make_shared<AUAudioUnitPreset>(
-            static_cast<std::int64_t>(presets.size()), preset.label));
+            static_cast<std::int64_t>(presets.size()), preset.name()));
     if (presets.empty())
         return std::nullopt;
     return presets;
@@ -147,6 +153,7 @@ void LocalAudioUnit::setRenderingOffline(bool offline)
 {
     const std::lock_guard lock(mutex_);
     rendersOffline_ = offline;
+    delivery_->setOffline(offline);
     hosted_.instance().setOffline(offline);
 }
 
@@ -169,9 +176,10 @@ bool LocalAudioUnit::render(const AURenderBlock &block) noexcept
     Instance *instance = rendering_.load(std::memory_order_acquire);
     if (!instance || !instance->run(block.input, block.output, block.frames, block.sampleTime))
         return false;
-    // Without an event there is nothing that the caller could find missing.
+    // Without an event, or a handler, there is nothing that the caller could find missing.
     const std::uint64_t events = exchange_->midiOutput.count();
-    if (rendersOffline_ && midiThread_ && std::exchange(eventsSeen_, events) != events)
+    if (rendersOffline_ && delivery_->hasHandler() && midiThread_ &&
+        std::exchange(eventsSeen_, events) != events)
         midiThread_->runNow();
     return true;
 }

@@ -17,19 +17,48 @@ namespace
 // Readers of MIDI take three bytes for granted.
 constexpr std::size_t leastBytes = 3;
 
+// A cable of MIDI carries about a thousand messages a second, and this is for all of
+// a unit's outputs. Many may come at once, such as the ends of all notes.
+constexpr double eventsPerSecond = 8000.0;
+constexpr double mostAtOnce = 4096.0;
+
 } // namespace
 
 MIDIDelivery::MIDIDelivery(std::string unitName, std::shared_ptr<lv2::MidiOutput> output)
-    : unitName_(std::move(unitName)), output_(std::move(output))
+    : unitName_(std::move(unitName)), output_(std::move(output)), budget_(mostAtOnce),
+      lastRefill_(std::chrono::steady_clock::now())
 {
 }
 
 void MIDIDelivery::deliver()
 {
     deliveringThread_.store(std::this_thread::get_id());
-    while (const auto event = output_->pop())
-        deliverEvent(*event);
+    refillBudget();
+    while (const auto event = output_->pop()) {
+        if (takesFromBudget())
+            deliverEvent(*event);
+        else
+            ++refused_;
+    }
     reportLosses();
+}
+
+void MIDIDelivery::refillBudget()
+{
+    const auto now = std::chrono::steady_clock::now();
+    const std::chrono::duration<double> passed = now - lastRefill_;
+    lastRefill_ = now;
+    budget_ = std::min(mostAtOnce, budget_ + passed.count() * eventsPerSecond);
+}
+
+bool MIDIDelivery::takesFromBudget()
+{
+    if (isOffline_.load(std::memory_order_relaxed))
+        return true;
+    if (budget_ < 1.0)
+        return false;
+    budget_ -= 1.0;
+    return true;
 }
 
 void MIDIDelivery::deliverEvent(const lv2::MidiOutput::Event &event)
@@ -53,11 +82,13 @@ void MIDIDelivery::setHandler(AUMIDIOutputEventBlock handler)
     if (deliveringThread_.load() != std::this_thread::get_id())
         lock.emplace(handlerMutex_);
     std::swap(handler_, replacement);
+    hasHandler_.store(handler_ != nullptr, std::memory_order_relaxed);
 }
 
 void MIDIDelivery::reportLosses()
 {
-    if (output_->takeLostCount() == 0 || lossesWereReported_)
+    // Without a handler nobody misses anything.
+    if (output_->takeLostCount() + refused_ == 0 || lossesWereReported_ || !hasHandler())
         return;
     lossesWereReported_ = true;
     printError(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Audio/AUAudioUnit.hpp"
+#include "Platform/Foundation/Realtime.hpp"
 #include "Platform/LV2/MidiOutput.hpp"
 
 #include <atomic>
@@ -27,11 +28,23 @@ public:
     /// Hands on what is there. One thread, the unit's MIDI thread.
     void deliver();
 
+    /// Offline every event is handed on. Live, as many as a person or an instrument may
+    /// send, and no flood that would drown who takes them. Any thread.
+    void setOffline(bool offline) { isOffline_.store(offline, std::memory_order_relaxed); }
+
     /// Null drops what comes. A handler that was replaced is not running any more
     /// on return, unless it replaces itself. Any thread.
     void setHandler(AUMIDIOutputEventBlock handler);
 
+    /// Any thread.
+    REALTIME bool hasHandler() const noexcept
+    {
+        return hasHandler_.load(std::memory_order_relaxed);
+    }
+
 private:
+    void refillBudget();
+    bool takesFromBudget();
     void deliverEvent(const lv2::MidiOutput::Event &event);
     void reportLosses();
 
@@ -41,6 +54,12 @@ private:
     // Held while the handler runs.
     std::mutex handlerMutex_;
     std::shared_ptr<const AUMIDIOutputEventBlock> handler_;
+    std::atomic<bool> hasHandler_{false};
+    std::atomic<bool> isOffline_{false};
+    // Of events that may be handed on now.
+    double budget_;
+    std::chrono::steady_clock::time_point lastRefill_;
+    std::uint64_t refused_ = 0;
     bool lossesWereReported_ = false;
     std::vector<std::uint8_t> padded_;
 };

@@ -15,11 +15,21 @@ namespace
 constexpr std::int32_t magnitudeMask = 0x7FFFFFFF;
 constexpr std::int32_t infinity = 0x7F800000;
 constexpr std::int32_t one = 0x3F800000;
+constexpr std::int32_t smallestNormal = 0x00800000;
+constexpr std::int32_t signBit = ~magnitudeMask;
 constexpr std::uint32_t stereo = 2;
 
 REALTIME std::int32_t magnitude(float sample) noexcept
 {
     return std::bit_cast<std::int32_t>(sample) & magnitudeMask;
+}
+
+// Zero in place of a denormal number. Calculations make none here, but a unit may
+// copy one.
+REALTIME float flushed(float sample) noexcept
+{
+    const std::int32_t isNormal = magnitude(sample) >= smallestNormal ? -1 : 0;
+    return std::bit_cast<float>(std::bit_cast<std::int32_t>(sample) & (isNormal | signBit));
 }
 
 // The two loops that every block goes through answer whether a sample is out of
@@ -31,8 +41,8 @@ REALTIME bool interleaveStereo(const float *__restrict left, const float *__rest
     for (std::size_t frame = 0; frame < frames; ++frame) {
         outside |= magnitude(left[frame]) > one ? 1 : 0;
         outside |= magnitude(right[frame]) > one ? 1 : 0;
-        samples[stereo * frame] = left[frame];
-        samples[stereo * frame + 1] = right[frame];
+        samples[stereo * frame] = flushed(left[frame]);
+        samples[stereo * frame + 1] = flushed(right[frame]);
     }
     return outside != 0;
 }
@@ -45,7 +55,7 @@ REALTIME bool interleave(const float *const *channels, std::uint32_t channelCoun
         for (std::size_t frame = 0; frame < frames; ++frame) {
             const float sample = channels[channel][frame];
             outside |= magnitude(sample) > one ? 1 : 0;
-            samples[frame * channelCount + channel] = sample;
+            samples[frame * channelCount + channel] = flushed(sample);
         }
     return outside != 0;
 }

@@ -9,7 +9,8 @@ namespace platform::audio
 {
 
 /// Stands before the device: what passes is finite and within -1 and 1. A block
-/// with a sample that is not finite becomes silence, louder samples are limited.
+/// with a sample that is not finite becomes silence, louder samples are limited,
+/// denormal ones become zero.
 class OutputGuard
 {
 public:

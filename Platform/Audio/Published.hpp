@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/AsymmetricFence.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
 #include <atomic>
@@ -14,7 +15,8 @@ namespace platform::audio
 ///
 /// The reader announces what it uses before it trusts it, so a replaced object
 /// is handed back to the control side only when the reader cannot reach it any
-/// more (a hazard pointer for one reader). The reader never waits.
+/// more (a hazard pointer for one reader). The reader never waits, and pays for no
+/// fence: it looks for each block, while replacements are rare.
 template <typename T>
 class Published
 {
@@ -29,8 +31,12 @@ public:
     /// between `acquire` and `release` of the reader's own thread.
     std::unique_ptr<T> exchange(std::unique_ptr<T> next)
     {
-        T *old = current_.exchange(next.release());
-        while (old != nullptr && inUse_.load() == old)
+        T *old = current_.exchange(next.release(), std::memory_order_acq_rel);
+        if (old == nullptr)
+            return nullptr;
+        // Of the reader that announces and looks again, and this, one sees the other.
+        foundation::heavyFence();
+        while (inUse_.load(std::memory_order_acquire) == old)
             std::this_thread::sleep_for(std::chrono::microseconds(50));
         return std::unique_ptr<T>(old);
     }
@@ -38,10 +44,12 @@ public:
     /// The object in place, or null; it stays valid until `release`. The reader.
     REALTIME T *acquire() noexcept
     {
-        T *seen = current_.load();
+        T *seen = current_.load(std::memory_order_acquire);
         for (;;) {
-            inUse_.store(seen);
-            T *const again = current_.load();
+            // Whoever sees this sees that the reader is done with what it had before.
+            inUse_.store(seen, std::memory_order_release);
+            foundation::lightFence();
+            T *const again = current_.load(std::memory_order_acquire);
             if (again == seen)
                 return seen;
             seen = again;
@@ -49,6 +57,27 @@ public:
     }
 
     REALTIME void release() noexcept { inUse_.store(nullptr, std::memory_order_release); }
+
+    /// The object in place, held by the reader for this object's lifetime.
+    class Use
+    {
+    public:
+        REALTIME explicit Use(Published &published) noexcept
+            : published_(published), object_(published.acquire())
+        {
+        }
+        REALTIME ~Use() { published_.release(); }
+        Use(const Use &) = delete;
+        Use &operator=(const Use &) = delete;
+
+        REALTIME explicit operator bool() const noexcept { return object_ != nullptr; }
+        REALTIME T *operator->() const noexcept { return object_; }
+        REALTIME T &operator*() const noexcept { return *object_; }
+
+    private:
+        Published &published_;
+        T *object_;
+    };
 
     /// The object in place, for the control thread that put it there.
     T *get() const { return current_.load(); }

@@ -83,6 +83,9 @@ std::vector<std::string> RemoteAudioUnit::MIDIOutputNames() const
 
 void RemoteAudioUnit::setMIDIOutputEventBlock(AUMIDIOutputEventBlock block)
 {
+    // What nobody was there to hear is not for a later handler.
+    if (midiThread_ && !delivery_->hasHandler())
+        midiThread_->runNow();
     delivery_->setHandler(std::move(block));
 }
 
@@ -164,13 +167,13 @@ void RemoteAudioUnit::deallocateRenderResources()
 
 bool RemoteAudioUnit::renderResourcesAllocated() const
 {
-    const std::lock_guard lock(mutex_);
     return sampleRate_ > 0.0;
 }
 
 void RemoteAudioUnit::setRenderingOffline(bool offline)
 {
     rendersOffline_.store(offline, std::memory_order_relaxed);
+    delivery_->setOffline(offline);
     try {
         process_.setOffline(offline);
     } catch (const EffectFault &) {
@@ -180,8 +183,8 @@ void RemoteAudioUnit::setRenderingOffline(bool offline)
 
 double RemoteAudioUnit::latency() const
 {
-    const std::lock_guard lock(mutex_);
-    return sampleRate_ > 0.0 ? process_.latency() / sampleRate_ : 0.0;
+    const double sampleRate = sampleRate_;
+    return sampleRate > 0.0 ? process_.latency() / sampleRate : 0.0;
 }
 
 bool RemoteAudioUnit::scheduleMIDIEvent(std::uint32_t frameOffset, const std::uint8_t *bytes,
@@ -194,9 +197,9 @@ bool RemoteAudioUnit::render(const AURenderBlock &block) noexcept
 {
     if (!process_.render({block.input, block.output, block.frames, block.sampleTime}))
         return false;
-    // Without an event there is nothing that the caller could find missing.
+    // Without an event, or a handler, there is nothing that the caller could find missing.
     const std::uint64_t events = output_->count();
-    if (rendersOffline_.load(std::memory_order_relaxed) && midiThread_ &&
+    if (rendersOffline_.load(std::memory_order_relaxed) && delivery_->hasHandler() && midiThread_ &&
         std::exchange(eventsSeen_, events) != events)
         midiThread_->runNow();
     return true;

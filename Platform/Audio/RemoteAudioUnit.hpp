@@ -24,6 +24,7 @@ class MIDIDelivery;
 class RemoteAudioUnit final : public AUAudioUnit
 {
 public:
+    /// How long the effect may owe an answer, and how often it may fail.
     using Limits = platform::effect::EffectProcess::Limits;
 
     /// Starts the process and instantiates the component's plug-in there. A
@@ -81,7 +82,9 @@ private:
     mutable std::mutex mutex_;
     mutable std::optional<std::vector<std::string>> presetNames_;
     std::shared_ptr<AUAudioUnitPreset> currentPreset_;
-    double sampleRate_ = 0.0; // 0 without render resources
+    // 0 without render resources. Read without the mutex, which is held while the
+    // effect is waited for.
+    std::atomic<double> sampleRate_{0.0};
 
     // The one that was handed out, as long as somebody has it. Main thread.
     const std::shared_ptr<std::weak_ptr<AUViewController>> viewController_ =

@@ -15,6 +15,10 @@ namespace
 
 constexpr std::uint32_t stereo = 2;
 
+// What an AAC packet holds. A ring of no more is in the fastest cache when the next
+// one is decoded into it.
+constexpr std::uint32_t packetFrames = 1024;
+
 // More frames than rate converters on the way ask for beyond the block itself.
 constexpr double converterFrames = 2048.0;
 
@@ -107,6 +111,24 @@ std::unique_ptr<RenderPlan> RenderPlanner::build(const ClockOfUnit &clockOf)
     return std::move(plan_);
 }
 
+// How late a node is for what it plays or lets through, in seconds.
+double RenderPlanner::latencyAt(const AVAudioNode &node) const
+{
+    double longest = 0.0;
+    for (const AudioGraph::Connection &input : graph_.inputs(node))
+        longest = std::max(longest, latencyAt(*input.source));
+    const std::shared_ptr<AUAudioUnit> unit = unitOf(node);
+    return longest + (unit ? unit->latency() : 0.0);
+}
+
+void RenderPlanner::noteLatencies(const AVAudioNode &mixer)
+{
+    std::vector<Unit> found;
+    collectUnits(mixer, found);
+    for (const Unit &each : found)
+        plan_->latencies.push_back({each.unit, each.unit->latency()});
+}
+
 RenderStepPointer RenderPlanner::stepFor(const AudioGraph::Connection &connection)
 {
     const AVAudioNode &node = *connection.source;
@@ -124,7 +146,9 @@ RenderStepPointer RenderPlanner::playerStep(const std::shared_ptr<PlayerCore> &c
     const double converted = ratio == 1.0 ? 0.0 : converterFrames;
     const auto perBlock = static_cast<std::uint32_t>(std::ceil(maximumFrames_ * ratio) + converted);
     const auto ahead = static_cast<std::uint32_t>(std::ceil(secondsAhead_ * format.sampleRate()));
-    core->setOutput(format, std::max(ahead, 2 * perBlock), maximumFrames_);
+    // On time, one block is used while the next is decoded.
+    const std::uint32_t least = ahead > 0 ? 2 * perBlock : std::max(perBlock, packetFrames);
+    core->setOutput(format, std::max(ahead, least), maximumFrames_);
     plan_->players.push_back({core, perBlock});
     return std::make_unique<PlayerStep>(core, format, maximumFrames_);
 }
@@ -147,14 +171,32 @@ RenderStepPointer RenderPlanner::unitStep(const AVAudioNode &node,
                                       maximumFrames_);
 }
 
+// What took a quicker way is to be heard at the same moment as the rest.
+RenderStepPointer RenderPlanner::delayed(RenderStepPointer source, double seconds) const
+{
+    const auto frames =
+        static_cast<std::uint32_t>(std::lround(seconds * source->format().sampleRate()));
+    if (frames == 0)
+        return source;
+    return std::make_unique<DelayStep>(std::move(source), frames, maximumFrames_);
+}
+
 RenderStepPointer RenderPlanner::mixerStep(const AVAudioNode &node, const AVAudioFormat &format)
 {
+    const std::vector<AudioGraph::Connection> inputs = graph_.inputs(node);
+    const bool pathsMeet = inputs.size() > 1;
+    if (pathsMeet)
+        noteLatencies(node);
+    const double latest = pathsMeet ? latencyAt(node) : 0.0;
     std::vector<RenderStepPointer> sources;
-    for (const AudioGraph::Connection &input : graph_.inputs(node)) {
+    for (const AudioGraph::Connection &input : inputs) {
         // A unit renders in its own format; the connection's stands between it
         // and the mixer where the two differ.
         RenderStepPointer source = adapt(stepFor(input), settledFormat(input), maximumFrames_);
-        sources.push_back(adapt(std::move(source), format, maximumFrames_));
+        source = adapt(std::move(source), format, maximumFrames_);
+        if (pathsMeet)
+            source = delayed(std::move(source), latest - latencyAt(*input.source));
+        sources.push_back(std::move(source));
     }
     if (sources.empty())
         return std::make_unique<SilenceStep>(format, maximumFrames_);

@@ -16,6 +16,7 @@ namespace platform::audio
 struct RenderPlan {
     RenderStepPointer last; // in the output's format
     std::uint32_t maximumFrames = 0;
+    bool isByHand = false; // else for the device
 
     struct Player {
         std::shared_ptr<PlayerCore> core;
@@ -23,6 +24,13 @@ struct RenderPlan {
         std::uint32_t framesPerBlock;
     };
     std::vector<Player> players;
+
+    /// The delays of the units on paths that meet, which the plan makes up for.
+    struct Latency {
+        std::shared_ptr<AUAudioUnit> unit;
+        double seconds;
+    };
+    std::vector<Latency> latencies;
 
     /// After each pull of the last step, when what it gave has been used.
     REALTIME void finishBlock() noexcept;
@@ -57,11 +65,14 @@ private:
     double settledRate(const AudioGraph::Connection &connection) const;
     std::uint32_t settledChannels(const AudioGraph::Connection &connection) const;
     double rateOfUnit(const AVAudioNode &node) const;
+    double latencyAt(const AVAudioNode &node) const;
+    void noteLatencies(const AVAudioNode &mixer);
     void collectUnits(const AVAudioNode &node, std::vector<Unit> &found) const;
     RenderStepPointer stepFor(const AudioGraph::Connection &connection);
     RenderStepPointer playerStep(const std::shared_ptr<PlayerCore> &core,
                                  const AVAudioFormat &format);
     RenderStepPointer unitStep(const AVAudioNode &node, const std::shared_ptr<AUAudioUnit> &unit);
+    RenderStepPointer delayed(RenderStepPointer source, double seconds) const;
     RenderStepPointer mixerStep(const AVAudioNode &node, const AVAudioFormat &format);
 
     const AudioGraph &graph_;

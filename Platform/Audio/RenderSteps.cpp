@@ -91,6 +91,25 @@ const float *const *SumStep::pull(std::uint32_t frames) noexcept
     return sum;
 }
 
+DelayStep::DelayStep(RenderStepPointer source, std::uint32_t delay, std::uint32_t maximumFrames)
+    : RenderStep(source->format()), source_(std::move(source)), delay_(delay),
+      line_(format(), delay + maximumFrames), buffer_(format(), maximumFrames)
+{
+    for (std::uint32_t channel = 0; channel < format().channelCount(); ++channel)
+        ends_.push_back(line_.floatChannelData()[channel] + delay);
+}
+
+const float *const *DelayStep::pull(std::uint32_t frames) noexcept
+{
+    source_->pullInto(ends_.data(), frames);
+    for (std::uint32_t channel = 0; channel < format().channelCount(); ++channel) {
+        float *const line = line_.floatChannelData()[channel];
+        std::copy_n(line, frames, buffer_.floatChannelData()[channel]);
+        std::copy_n(line + frames, delay_, line);
+    }
+    return buffer_.floatChannelData();
+}
+
 ChannelStep::ChannelStep(RenderStepPointer source, std::uint32_t channels,
                          std::uint32_t maximumFrames)
     : RenderStep(AVAudioFormat(source->format().sampleRate(), channels)),

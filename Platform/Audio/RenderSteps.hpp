@@ -76,6 +76,21 @@ private:
     AVAudioPCMBuffer buffer_;
 };
 
+/// A source, so many frames later.
+class DelayStep : public RenderStep
+{
+public:
+    DelayStep(RenderStepPointer source, std::uint32_t delay, std::uint32_t maximumFrames);
+    REALTIME const float *const *pull(std::uint32_t frames) noexcept override;
+
+private:
+    RenderStepPointer source_;
+    std::uint32_t delay_;
+    AVAudioPCMBuffer line_; // what waits, and behind it the block
+    std::vector<float *> ends_;
+    AVAudioPCMBuffer buffer_;
+};
+
 /// Other channels at the same rate.
 class ChannelStep : public RenderStep
 {

@@ -27,8 +27,8 @@ SampleRing::SampleRing(const AVAudioFormat &format, std::uint32_t capacity,
 std::uint32_t SampleRing::available() const noexcept
 {
     // The later of the two is read last, so that the difference is never negative.
-    const std::uint64_t taken = taken_.load(std::memory_order_acquire);
-    return static_cast<std::uint32_t>(written_.load(std::memory_order_acquire) - taken);
+    const std::uint64_t taken = taken_.frames.load(std::memory_order_acquire);
+    return static_cast<std::uint32_t>(written_.frames.load(std::memory_order_acquire) - taken);
 }
 
 std::uint32_t SampleRing::write(const float *const *channels, std::uint32_t offset,
@@ -50,7 +50,7 @@ std::uint32_t SampleRing::write(const float *const *channels, std::uint32_t offs
 
 SampleRing::Room SampleRing::back()
 {
-    const std::uint32_t place = placeOf(written_.load(std::memory_order_relaxed));
+    const std::uint32_t place = written_.place;
     for (std::size_t channel = 0; channel < back_.size(); ++channel)
         back_[channel] = samples_.floatChannelData()[channel] + place;
     return {back_.data(), std::min(space(), capacity_ - place)};
@@ -58,12 +58,12 @@ SampleRing::Room SampleRing::back()
 
 void SampleRing::add(std::uint32_t frames)
 {
-    written_.store(written_.load(std::memory_order_relaxed) + frames, std::memory_order_release);
+    written_.moveOn(frames, capacity_);
 }
 
 const float *const *SampleRing::front(std::uint32_t frames) noexcept
 {
-    const std::uint32_t place = placeOf(taken_.load(std::memory_order_relaxed));
+    const std::uint32_t place = taken_.place;
     if (place + frames > capacity_)
         completeBehindTheEnd(place + frames - capacity_);
     for (std::size_t channel = 0; channel < front_.size(); ++channel)
@@ -81,7 +81,7 @@ void SampleRing::completeBehindTheEnd(std::uint32_t frames) noexcept
 
 void SampleRing::take(std::uint32_t frames) noexcept
 {
-    taken_.store(taken_.load(std::memory_order_relaxed) + frames, std::memory_order_release);
+    taken_.moveOn(frames, capacity_);
 }
 
 } // namespace platform::audio

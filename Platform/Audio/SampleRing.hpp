@@ -50,10 +50,19 @@ public:
     REALTIME void take(std::uint32_t frames) noexcept;
 
 private:
-    std::uint32_t placeOf(std::uint64_t frame) const
-    {
-        return static_cast<std::uint32_t>(frame % capacity_);
-    }
+    /// Frames that one end has passed on, and where in the ring it stands.
+    struct End {
+        std::atomic<std::uint64_t> frames{0};
+        std::uint32_t place = 0; // the end's own
+
+        REALTIME void moveOn(std::uint32_t count, std::uint32_t capacity) noexcept
+        {
+            place += count;
+            if (place >= capacity)
+                place -= capacity;
+            frames.store(frames.load(std::memory_order_relaxed) + count, std::memory_order_release);
+        }
+    };
     // What is to be read runs over the end by so many frames.
     REALTIME void completeBehindTheEnd(std::uint32_t frames) noexcept;
 
@@ -62,10 +71,9 @@ private:
     AVAudioPCMBuffer samples_; // the capacity, then the largest block
     std::vector<float *> back_;
     std::vector<const float *> front_;
-    // Frames since the beginning; on cache lines of their own, since each end
-    // writes one of them.
-    alignas(64) std::atomic<std::uint64_t> written_{0};
-    alignas(64) std::atomic<std::uint64_t> taken_{0};
+    // On cache lines of their own, since each end writes one of them.
+    alignas(64) End written_;
+    alignas(64) End taken_;
 };
 
 } // namespace platform::audio

@@ -14,10 +14,13 @@
 namespace platform::effect
 {
 
+///@{
+/// What a message's body says, once it has been looked at.
 Description checkedDescription(std::span<const std::byte> body);
 std::vector<std::string> checkedNames(std::span<const std::byte> body);
 std::string checkedText(std::span<const std::byte> body);
 ViewShape checkedViewShape(std::span<const std::byte> body);
+///@}
 
 /// Whether two descriptions are of effects that one link serves.
 bool hasSameShape(const Description &one, const Description &other);

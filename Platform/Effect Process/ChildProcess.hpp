@@ -29,6 +29,7 @@ public:
     /// Readable as soon as the process has ended.
     int descriptor() const { return descriptor_.get(); }
 
+    /// The process and, since it leads one, its process group.
     pid_t identifier() const { return identifier_; }
 
     /// Kills it and all that it started, unless it has been reaped. Not while it is.

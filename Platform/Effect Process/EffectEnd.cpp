@@ -106,10 +106,7 @@ void EffectEnd::giveEvents() noexcept
     LinkEventWriter writer(memory_.outputEvents());
     std::uint32_t lost = 0;
     while (const auto event = exchange_.midiOutput.pop()) {
-        // A plug-in may have stamped it with a frame that the block does not have.
-        const std::int64_t time = std::clamp<std::int64_t>(event->sampleTime, header.sampleTime,
-                                                           header.sampleTime + header.frames - 1);
-        if (!writer.append({time, event->output, event->bytes}))
+        if (!writer.append({event->sampleTime, event->output, event->bytes}))
             ++lost;
     }
     header.outputEventBytes = writer.size();

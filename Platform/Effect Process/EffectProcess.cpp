@@ -32,6 +32,9 @@ constexpr std::uint32_t likelyFrames = 4096;
 // How often the supervisor looks whether the callback waits in vain.
 constexpr milliseconds glanceInterval{100};
 
+// Two seconds in which most blocks are late are more than a busy machine.
+constexpr int slowGlances = 20;
+
 // A process that dies closes its socket a moment before it is dead.
 constexpr milliseconds timeToDie{200};
 
@@ -81,6 +84,7 @@ EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits
 {
     if (!wakeup_)
         throw PlatformError("The system has no file descriptor for another effect.");
+    removeAbandonedScratchFolders();
     supervisor_ = std::thread([this] {
         pthread_setname_np(pthread_self(), "effect-process");
         supervise();
@@ -342,6 +346,8 @@ void EffectProcess::supervise()
         if (child_ && isReadable(child_->descriptor(), milliseconds(0)))
             childHasDied();
         checkLink();
+        if (const std::string line = takeSlowness(); !line.empty())
+            printError(line);
         if (takesRestart())
             startChild();
     }
@@ -547,6 +553,23 @@ void EffectProcess::checkLink()
         fault(lock, "gave no audio for " + seconds(limits_.audio));
     if (view_->isOverdue(limits_.request, limits_.instantiation))
         fault(lock, "gave no sign of life from its view");
+}
+
+// Of an effect that does answer, but too late; one that does not is hung.
+std::string EffectProcess::takeSlowness()
+{
+    const Lock lock(mutex_);
+    const std::uint64_t late = slot_.lateBlocks();
+    const std::uint64_t blocks = slot_.blocks();
+    const std::uint64_t newLate = late - std::exchange(lateBlocksSeen_, late);
+    const std::uint64_t newBlocks = blocks - std::exchange(blocksSeen_, blocks);
+    const bool isSlow = 2 * newLate > newBlocks;
+    slowGlances_ = isSlow ? slowGlances_ + 1 : 0;
+    if (slowGlances_ < slowGlances || slot_.overdue() > glanceInterval ||
+        std::exchange(slownessIsTold_, true))
+        return {};
+    return fmt::format("Blocks of the effect '{}' come too late, {} so far, and are silent.",
+                       name(), late);
 }
 
 void EffectProcess::fault(const Lock & /*held*/, const std::string &what)

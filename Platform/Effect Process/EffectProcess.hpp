@@ -46,17 +46,18 @@ class EffectProcess
 public:
     /// How long the effect may owe an answer before it counts as hung.
     struct Limits {
-        std::chrono::milliseconds audio{2000};
-        std::chrono::milliseconds request{10000};
+        std::chrono::milliseconds audio{2000};    ///< for a block
+        std::chrono::milliseconds request{10000}; ///< for any other request
         /// For instantiating it and restoring its settings.
         std::chrono::milliseconds instantiation{30000};
-        std::chrono::milliseconds ending{500};
-        FaultRecord::Limit faults;
+        std::chrono::milliseconds ending{500}; ///< for its end, before it is killed
+        FaultRecord::Limit faults;             ///< how often it may fail
     };
 
+    /// What the process is to hold.
     struct Plugin {
-        std::string uri;
-        std::vector<std::string> bundles;
+        std::string uri;                  ///< of the plug-in
+        std::vector<std::string> bundles; ///< paths: its own, and those of its presets
     };
 
     /// Starts the program `executable` and has it instantiate the plug-in. A
@@ -67,6 +68,7 @@ public:
     EffectProcess(const EffectProcess &) = delete;
     EffectProcess &operator=(const EffectProcess &) = delete;
 
+    /// What the effect said of itself when it was first instantiated.
     const Description &description() const { return description_; }
 
     /// Sends MIDI for the next block. Answers false when it is no whole message or
@@ -81,9 +83,11 @@ public:
     /// when there is none of that number.
     bool loadPreset(std::uint64_t number);
 
+    /// What was last set; none at first.
     std::optional<std::string> contextName() const;
     /// An effect that is started again later has it, too.
     void setContextName(const std::optional<std::string> &name);
+    /// Whether rendering is not bound to time: `render` then waits for the effect.
     void setOffline(bool offline);
 
     /// Makes ready to render blocks of up to `maximumFrames` frames at `sampleRate`
@@ -96,7 +100,8 @@ public:
 
     /// Frames; 0 when nothing is rendered.
     double latency() const;
-    /// Blocks that the effect did not render in time.
+    /// Blocks that the effect did not render in time. Where that lasts, standard error
+    /// says so once.
     std::uint64_t lateBlocks() const;
 
     /// Renders a block on the audio callback. Live, it waits for three quarters of
@@ -160,6 +165,7 @@ private:
     void takeDescription(Description description);
     void becomeUp();
     void checkLink();
+    std::string takeSlowness();
     void childHasDied();
     std::string takeDeath(const Lock &lock);
     std::string afterFault();
@@ -211,6 +217,10 @@ private:
     bool socketIsOpen_ = false;
     bool isRestoring_ = false;
     int hangsSeen_ = 0;
+    std::uint64_t blocksSeen_ = 0;
+    std::uint64_t lateBlocksSeen_ = 0;
+    int slowGlances_ = 0;
+    bool slownessIsTold_ = false;
     bool awaitsOwnAnswer_ = false;
     Clock::time_point startDeadline_;
     // The link that comes with a start, and what it is for.

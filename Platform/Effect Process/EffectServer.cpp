@@ -131,6 +131,9 @@ std::vector<std::byte> EffectServer::perform(Message &request)
         view_.suspend();
         link_.reset();
         hosted_.reset();
+        // What was said last.
+        if (logWriter_)
+            logWriter_->runNow();
         return {};
     default:
         throw ProtocolBreach("the host sends what only the effect may send");
@@ -211,7 +214,7 @@ std::vector<std::string> EffectServer::presetNames()
 {
     std::vector<std::string> names;
     for (const auto &preset : hosted().plugin().presets())
-        names.push_back(preset.label);
+        names.push_back(preset.name());
     return names;
 }
 

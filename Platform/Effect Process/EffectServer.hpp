@@ -20,6 +20,7 @@ namespace platform::effect
 class EffectServer
 {
 public:
+    /// A server for the host at the other end of `socket`.
     explicit EffectServer(FileDescriptor socket);
     /// Ends the plug-in.
     ~EffectServer();

@@ -21,11 +21,14 @@ namespace platform::effect
 class EffectView
 {
 public:
+    /// For how long a view owes an answer.
     using Clock = MessageSocket::Clock;
 
+    /// What has become of the view.
     enum class Phase {
         /// It was not asked for, or has gone for good.
         closed,
+        /// It was asked for, and there is no answer yet.
         opening,
         open,
         /// It may still use its window.
@@ -38,7 +41,9 @@ public:
         effectIsDown,
     };
 
+    /// What the view is like now.
     struct Status {
+        /// What has become of it.
         Phase phase = Phase::closed;
         /// The view's size, once it is open.
         lv2::ViewSize size;
@@ -53,11 +58,13 @@ public:
     /// Is called on any thread after the status has changed: once, until the status is
     /// asked for.
     void setListener(std::function<void()> listener);
+    /// What the view is like now; the listener is called again for the next change.
     Status status();
 
     /// Opens the view inside an X window, in place of where it is open. `window` is
     /// held for as long as the view may use it.
     void open(const ViewPlace &place, std::shared_ptr<void> window);
+    /// Has the effect close the view, and forgets that it was asked for.
     void close();
     /// Asks for another size. While an answer is due, the last wish waits for it.
     void resize(const lv2::ViewSize &size);

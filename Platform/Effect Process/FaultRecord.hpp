@@ -12,14 +12,18 @@ namespace platform::effect
 class FaultRecord
 {
 public:
+    /// Faults are counted by time that never jumps.
     using Clock = std::chrono::steady_clock;
 
+    /// How many faults are too many.
     struct Limit {
         /// The fault that is one too many; 0 for no limit.
         std::size_t faults = 3;
+        /// Only faults so short a time apart count together.
         std::chrono::seconds within{60};
     };
 
+    /// A record without faults.
     explicit FaultRecord(Limit limit) : limit_(limit) {}
 
     /// Notes a fault and answers whether it was one too many.
@@ -31,6 +35,7 @@ public:
         return limit_.faults > 0 && faults_.size() >= limit_.faults;
     }
 
+    /// Forgets all faults.
     void clear() { faults_.clear(); }
 
 private:

@@ -20,18 +20,18 @@ namespace platform::effect
 
 /// One block for an effect: one pointer a channel, `frames` samples each.
 struct Block {
-    const float *const *input = nullptr;
-    float *const *output = nullptr;
-    std::uint32_t frames = 0;
+    const float *const *input = nullptr; ///< one pointer a channel
+    float *const *output = nullptr;      ///< one pointer a channel
+    std::uint32_t frames = 0;            ///< samples a channel
     /// Frames rendered since rendering began.
     std::int64_t sampleTime = 0;
 };
 
 /// MIDI on its way to and from an effect; it outlives the effect's processes.
 struct MidiTraffic {
-    lv2::MidiInput input;
-    lv2::MidiOutput output;
-    ControllerMemory controllers;
+    lv2::MidiInput input;         ///< to the effect, from any thread
+    lv2::MidiOutput output;       ///< from the effect
+    ControllerMemory controllers; ///< what an effect started again is told
 };
 
 /// The host's end of a link: hands over a block and takes it back, a moment later,
@@ -39,6 +39,7 @@ struct MidiTraffic {
 class HostEnd
 {
 public:
+    /// Waits are measured by time that never jumps.
     using Clock = std::chrono::steady_clock;
 
     /// The traffic outlives the end. A `PlatformError` when there is no memory.

@@ -16,6 +16,7 @@ struct LinkEvent {
     std::int64_t time = 0;
     /// Which of the effect's MIDI outputs; 0 on the way in.
     std::uint32_t output = 0;
+    /// The message itself.
     std::span<const std::uint8_t> bytes;
 };
 
@@ -24,10 +25,12 @@ struct LinkEvent {
 class LinkEventWriter
 {
 public:
+    /// Writes from the beginning of `room`.
     explicit LinkEventWriter(std::span<std::byte> room) : room_(room) {}
 
     /// Answers false, writing nothing, when there is no room.
     REALTIME bool append(const LinkEvent &event) noexcept;
+    /// How many bytes the events take.
     std::uint32_t size() const { return static_cast<std::uint32_t>(used_); }
 
 private:

@@ -41,6 +41,7 @@ bool LinkSlot::render(const Block &block) noexcept
 {
     if (!gate_.enter())
         return false;
+    blocks_.store(blocks_.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     const bool isRendered = link_->render(block, deadline(block.frames));
     gate_.leave();
     return isRendered;

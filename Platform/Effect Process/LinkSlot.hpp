@@ -34,6 +34,7 @@ public:
     /// Renders a block on the audio callback, as `EffectProcess::render`.
     REALTIME bool render(const Block &block) noexcept;
 
+    /// Whether there is no link.
     bool isEmpty() const { return !link_; }
     /// For how long the effect has owed a block.
     std::chrono::nanoseconds overdue() const;
@@ -41,6 +42,8 @@ public:
     const char *breach() const { return link_ ? link_->breach() : nullptr; }
     /// Frames; 0 without a link.
     double latency() const;
+    /// How many blocks were asked for, over all links.
+    std::uint64_t blocks() const { return blocks_.load(std::memory_order_relaxed); }
     /// How many blocks came too late, over all links.
     std::uint64_t lateBlocks() const;
 
@@ -54,6 +57,7 @@ private:
     double sampleRate_ = 0.0;
     std::atomic<bool> isOffline_{false};
     std::uint64_t lateBlocksBefore_ = 0;
+    std::atomic<std::uint64_t> blocks_{0}; // written by the callback alone
 };
 
 } // namespace platform::effect

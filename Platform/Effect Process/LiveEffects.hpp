@@ -13,10 +13,14 @@ class EffectProcess;
 class LiveEffects
 {
 public:
+    /// The program's one list.
     static LiveEffects &shared();
 
+    ///@{
+    /// Called by the effect itself as it comes and goes.
     void add(EffectProcess &effect);
     void remove(EffectProcess &effect);
+    ///@}
 
 private:
     LiveEffects();

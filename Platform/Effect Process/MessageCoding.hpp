@@ -36,6 +36,7 @@ concept Scalar = std::is_arithmetic_v<T> || std::is_enum_v<T>;
 class MessageWriter
 {
 public:
+    /// The bytes of all values in their order.
     template <typename... Values>
     static std::vector<std::byte> message(const Values &...values)
     {

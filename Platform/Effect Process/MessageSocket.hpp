@@ -17,11 +17,12 @@
 namespace platform::effect
 {
 
+/// What goes over the connection in one piece.
 struct Message {
-    MessageKind kind{};
+    MessageKind kind{}; ///< what it is about
     /// Of the request, and of its answer.
     std::uint64_t number = 0;
-    std::vector<std::byte> body;
+    std::vector<std::byte> body; ///< as `MessageWriter` lays it out
     /// What came with it, if anything.
     FileDescriptor descriptor;
 };
@@ -30,6 +31,7 @@ struct Message {
 class MessageSocket
 {
 public:
+    /// Deadlines are points of time that never jumps.
     using Clock = std::chrono::steady_clock;
 
     /// The longest message that is taken: more than any effect's settings.
@@ -39,10 +41,12 @@ public:
     /// `PlatformError` when there is none to be had.
     static std::pair<FileDescriptor, FileDescriptor> connection();
 
+    /// One end of a connection that exists.
     explicit MessageSocket(FileDescriptor socket);
     MessageSocket(const MessageSocket &) = delete;
     MessageSocket &operator=(const MessageSocket &) = delete;
 
+    /// Readable when there is something to receive, or the other end has gone.
     int descriptor() const { return socket_.get(); }
 
     /// Sends a message, with a copy of the file descriptor unless it is -1. Answers

@@ -17,6 +17,7 @@
 namespace platform::effect
 {
 
+/// What a message is about; behind each stands what its body holds and what answers it.
 enum class MessageKind : std::uint32_t {
     // Requests of the host. Each gets one answer or refusal of the same number, in
     // the order of the requests.
@@ -48,33 +49,33 @@ inline constexpr std::chrono::seconds viewPulse{1};
 
 /// The format that blocks are rendered in.
 struct Preparation {
-    double sampleRate = 0.0;
-    std::uint32_t maximumFrames = 0;
-    bool isOffline = false;
-    LinkShape shape;
+    double sampleRate = 0.0;         ///< in Hz
+    std::uint32_t maximumFrames = 0; ///< of a block
+    bool isOffline = false;          ///< rendering is not bound to time
+    LinkShape shape;                 ///< of the memory that blocks go through
 };
 
 /// All that brings an effect to where it is to be.
 struct Instantiation {
-    std::string uri;
-    std::vector<std::string> bundles;
-    std::string scratchFolder;
-    std::optional<std::string> contextName;
-    std::optional<lv2::State> state;
+    std::string uri;                        ///< of the plug-in
+    std::vector<std::string> bundles;       ///< paths: its own, and those of its presets
+    std::string scratchFolder;              ///< the path where its state may put files
+    std::optional<std::string> contextName; ///< what the host calls the context it runs in
+    std::optional<lv2::State> state;        ///< none: its default one
     /// MIDI messages that lead the first block.
     std::vector<std::vector<std::uint8_t>> midi;
-    Preparation preparation;
+    Preparation preparation; ///< the format it is made for
     /// Whether blocks are to be rendered at once: the link's memory comes with it.
     bool hasLink = false;
 };
 
 /// What the host needs to know of an effect.
 struct Description {
-    std::string name;
-    std::uint32_t inputs = 0;
-    std::uint32_t outputs = 0;
-    bool takesMIDI = false;
-    std::vector<std::string> midiOutputNames;
+    std::string name;                         ///< what people call it
+    std::uint32_t inputs = 0;                 ///< channels of the main signal
+    std::uint32_t outputs = 0;                ///< channels of the main signal
+    bool takesMIDI = false;                   ///< it has a port for MIDI
+    std::vector<std::string> midiOutputNames; ///< one for each output
     /// Whether it has a view of its own that can be shown.
     bool hasView = false;
 };
@@ -89,7 +90,7 @@ struct ViewPlace {
 
 /// What the effect's view looks like from outside.
 struct ViewShape {
-    lv2::ViewSize size;
+    lv2::ViewSize size; ///< as it is now
     /// Whether a person may give it another size.
     bool isResizable = false;
 };

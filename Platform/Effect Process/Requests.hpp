@@ -15,8 +15,10 @@ namespace platform::effect
 class Requests
 {
 public:
+    /// Deadlines are points of time that never jumps.
     using Clock = MessageSocket::Clock;
 
+    /// How waiting ended: the answer came, the effect has gone, or time was up.
     enum class Outcome { answered, lost, late };
 
     /// A number above 0 for a new request, which is waited for from now on.

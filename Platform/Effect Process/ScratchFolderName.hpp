@@ -9,4 +9,7 @@ namespace platform::effect
 /// Nothing is made there.
 std::string newScratchFolderName();
 
+/// Removes the folders of hosts that were killed and could not do so themselves.
+void removeAbandonedScratchFolders();
+
 } // namespace platform::effect

@@ -20,7 +20,9 @@ namespace platform::effect
 class ViewServer
 {
 public:
+    /// When the view is due again.
     using Clock = std::chrono::steady_clock;
+    /// Tells the host: the kind, the number of the request, the body.
     using Send = std::function<void(MessageKind, std::uint64_t, std::span<const std::byte>)>;
 
     /// `send` tells the host.
@@ -31,6 +33,7 @@ public:
     void open(std::uint64_t number, const ViewPlace &place, lv2::HostedPlugin &hosted);
     /// Closes the view, if it is open, and says so.
     void close();
+    /// Gives the view another size, and tells the host the one it took.
     void resize(std::uint64_t number, const lv2::ViewSize &size);
 
     /// Closes the view because its instance is about to go.

@@ -1,8 +1,7 @@
 #include "Platform/Effect View/EffectFrame.hpp"
 
 #include "Platform/Foundation/DispatchQueue.hpp"
-
-#include <gtkmm/box.h>
+#include "Platform/Interface/StackPages.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -44,16 +43,18 @@ EffectFrame::EffectFrame(std::shared_ptr<effect::EffectView> view)
     message_.add_css_class("dim-label");
     remedy_.set_halign(Gtk::Align::CENTER);
     remedy_.signal_clicked().connect([this] { help(); });
-    auto *box = Gtk::make_managed<Gtk::Box>(Gtk::Orientation::VERTICAL, messageSpacing);
-    box->set_halign(Gtk::Align::CENTER);
-    box->set_valign(Gtk::Align::CENTER);
-    box->append(message_);
-    box->append(remedy_);
+    messageBox_.set_orientation(Gtk::Orientation::VERTICAL);
+    messageBox_.set_spacing(messageSpacing);
+    messageBox_.set_halign(Gtk::Align::CENTER);
+    messageBox_.set_valign(Gtk::Align::CENTER);
+    messageBox_.append(message_);
+    messageBox_.append(remedy_);
 
     set_hhomogeneous(false);
     set_vhomogeneous(false);
-    add(scroller_, "view");
-    add(*box, "message");
+    add(scroller_);
+    add(messageBox_);
+    showPage(scroller_);
     listen();
     update();
 }
@@ -96,7 +97,7 @@ void EffectFrame::update()
     case Phase::open:
         if (former != Phase::open || !natural_)
             natural_ = status_.size;
-        set_visible_child(scroller_);
+        showPage(scroller_);
         break;
     case Phase::refused:
         showMessage("The effect does not show its view.", "Show Again");
@@ -118,12 +119,17 @@ void EffectFrame::update()
     queue_draw();
 }
 
+void EffectFrame::showPage(Gtk::Widget &page)
+{
+    interface::showPageOf(gobj(), page.gobj());
+}
+
 void EffectFrame::showMessage(const Glib::ustring &text, const Glib::ustring &remedy)
 {
     message_.set_text(text);
     remedy_.set_label(remedy);
     remedy_.set_visible(!remedy.empty());
-    set_visible_child("message");
+    showPage(messageBox_);
 }
 
 void EffectFrame::didDraw()
@@ -173,7 +179,7 @@ void EffectFrame::help()
     if (status_.phase == Phase::effectIsDown) {
         view_->restartEffect();
     } else if (status_.phase == Phase::refused) {
-        set_visible_child(scroller_);
+        showPage(scroller_);
         open();
     }
 }

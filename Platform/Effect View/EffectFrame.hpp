@@ -3,6 +3,7 @@
 #include "Platform/Effect Process/EffectView.hpp"
 #include "Platform/Effect View/FrameArea.hpp"
 
+#include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
 #include <gtkmm/scrolledwindow.h>
@@ -42,6 +43,7 @@ private:
 
     void listen();
     void update();
+    void showPage(Gtk::Widget &page);
     void showMessage(const Glib::ustring &text, const Glib::ustring &remedy);
     void didDraw();
     void open();
@@ -55,6 +57,7 @@ private:
 
     Gtk::ScrolledWindow scroller_;
     FrameArea area_;
+    Gtk::Box messageBox_;
     Gtk::Label message_;
     Gtk::Button remedy_;
     /// With how many pixels a point the view was opened; 0 before.

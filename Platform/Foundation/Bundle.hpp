@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 /// A folder of resources that belongs to a program. Any thread.

@@ -19,8 +19,12 @@ class Callback
 {
 public:
     Callback() = default;
+    /// A property without a closure.
     Callback(std::nullptr_t) {}
 
+    /// A property with `closure`; without one for an empty function or a null pointer.
+    /// A small closure that can be copied byte by byte is kept in place, any other is
+    /// allocated.
     template <typename Closure>
     requires(!std::same_as<Closure, Callback> && std::is_invocable_v<Closure &, Args...>)
         Callback(Closure closure)
@@ -35,15 +39,18 @@ public:
         operations_ = &operationsOf<Closure>;
     }
 
+    /// Shares the closure.
     Callback(const Callback &other) : operations_(other.operations_), word_(other.word_)
     {
         if (isShared())
             ++shared().holds;
     }
+    /// Takes the closure over.
     Callback(Callback &&other) noexcept
         : operations_(std::exchange(other.operations_, nullptr)), word_(other.word_)
     {
     }
+    /// Takes another closure; the old one lives on while it runs.
     Callback &operator=(Callback other) noexcept
     {
         std::swap(operations_, other.operations_);
@@ -56,6 +63,7 @@ public:
             shared().release();
     }
 
+    /// Whether there is a closure.
     explicit operator bool() const { return operations_ != nullptr; }
 
     /// Calls the closure; does nothing when there is none.

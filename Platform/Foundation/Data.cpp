@@ -4,6 +4,7 @@
 #include "Platform/Foundation/HTTPTransfer.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 
+#include <string>
 #include <utility>
 
 Data Data::contentsOf(const URL &url)

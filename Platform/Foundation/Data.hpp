@@ -3,6 +3,7 @@
 #include "Platform/Foundation/URL.hpp"
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 /// Bytes in memory.
@@ -10,6 +11,7 @@ class Data
 {
 public:
     Data() = default;
+    /// Those bytes.
     explicit Data(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {}
 
     /// Reads all that is at `url`, a file or an address of the web, and waits for it.
@@ -17,6 +19,7 @@ public:
     /// server that is no success. Any thread.
     static Data contentsOf(const URL &url);
 
+    /// The bytes themselves.
     const std::vector<std::byte> &bytes() const { return bytes_; }
 
 private:

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <concepts>
+#include <concepts> // IWYU pragma: keep
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /// The text that stands for a value in a printed line.
@@ -26,16 +25,19 @@ inline std::string describe(std::string_view text)
     return std::string(text);
 }
 
+/// Text as it stands.
 inline std::string describe(const std::string &text)
 {
     return text;
 }
 
+/// Text as it stands.
 inline std::string describe(const char *text)
 {
     return text;
 }
 
+/// "true" or "false".
 inline std::string describe(bool value)
 {
     return value ? "true" : "false";
@@ -51,8 +53,10 @@ std::string describe(T value)
 /// The shortest decimal number that reads back as `value`, with a fraction or an
 /// exponent always: 1.0, 0.1, 1e-05, 1e+16, inf, nan.
 std::string describe(double value);
+/// The same in single precision.
 std::string describe(float value);
 
+/// What the value says itself.
 template <Described T>
 std::string describe(const T &value)
 {

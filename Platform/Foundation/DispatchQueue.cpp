@@ -4,11 +4,13 @@
 #include "Platform/Foundation/GlobalQueue.hpp"
 #include "Platform/Foundation/Immortal.hpp"
 #include "Platform/Foundation/MainQueue.hpp"
+#include "Platform/Foundation/QueueImplementation.hpp"
 #include "Platform/Foundation/SerialQueue.hpp"
 
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <utility>
 
 namespace
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Foundation/MainThread.hpp"
+#include "Platform/Foundation/MainThread.hpp" // IWYU pragma: export
 
 #include <functional>
 #include <memory>
@@ -16,9 +16,12 @@
 class DispatchQueue
 {
 public:
+    /// The queue of the main thread, drained while the run loop runs.
     static DispatchQueue &main();
+    /// The pool for work that may take long.
     static DispatchQueue &global();
 
+    /// A serial queue with a thread of its own.
     explicit DispatchQueue(std::string label);
     /// Tasks already submitted still run; the destructor waits for them, unless
     /// it runs on the queue's own thread.
@@ -34,6 +37,7 @@ public:
     /// that is a fatal error; so is any call on the global queue from its pool.
     void sync(const std::function<void()> &task);
 
+    /// What it was named, whole.
     const std::string &label() const;
 
     class Implementation;

@@ -19,6 +19,7 @@ public:
 
     /// The shared instance, or the one a test put in its place.
     static std::shared_ptr<FileManager> defaultManager();
+    /// Puts another in its place, for tests; null brings back the shared one.
     static void setDefaultManager(std::shared_ptr<FileManager> manager);
 
     /// The folders that serve the purpose. The user's documents folder is the
@@ -26,6 +27,7 @@ public:
     /// it need not exist.
     virtual std::vector<URL> urls(SearchPathDirectory directory, SearchPathDomainMask domain) const;
 
+    /// Whether there is a file or folder at the path, links followed.
     virtual bool fileExists(std::string_view path) const;
 
     /// Makes the folder that the file URL names, with the permissions that the process

@@ -7,11 +7,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <ctime>
 #include <exception>
+#include <map>
 #include <string>
 #include <system_error>
+#include <utility>
 
+#include <glib.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
 

@@ -2,10 +2,8 @@
 
 #include "Platform/Foundation/TimerDriver.hpp"
 
-#include <cstdint>
-#include <map>
+#include <functional>
 #include <memory>
-#include <utility>
 
 struct _GSource; // NOLINT(bugprone-reserved-identifier): GLib's own name
 

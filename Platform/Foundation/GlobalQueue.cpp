@@ -1,7 +1,9 @@
 #include "Platform/Foundation/GlobalQueue.hpp"
 
 #include <algorithm>
+#include <string>
 #include <thread>
+#include <utility>
 
 namespace platform::foundation
 {

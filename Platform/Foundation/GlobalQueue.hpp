@@ -1,10 +1,12 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <mutex>
 
 namespace platform::foundation
@@ -17,6 +19,7 @@ class GlobalQueue final : public DispatchQueue::Implementation
 public:
     GlobalQueue();
 
+    /// Gives the task to an idle thread, to a new one, or to the first that is free.
     void async(std::function<void()> task) override;
     bool isCurrent() const override;
 

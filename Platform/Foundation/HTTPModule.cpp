@@ -1,9 +1,16 @@
 #include "Platform/Foundation/HTTPTransfer.hpp"
 
+#include <gio/gio.h>
+#include <glib-object.h>
+#include <glib.h>
 #include <libsoup/soup.h>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 using platform::foundation::HTTPAnswer;
 using platform::foundation::HTTPFunctions;

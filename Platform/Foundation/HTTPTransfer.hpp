@@ -12,10 +12,12 @@ namespace platform::foundation
 struct HTTPAnswer {
     /// Empty for an answer, else the reason.
     std::string error;
-    int status = 0;
+    int status = 0; ///< as RFC 9110 numbers them; 0 without an answer
     /// Where it came from in the end.
     std::string address;
+    /// Without parameters; empty where the server gave none.
     std::string mimeType;
+    /// The whole content.
     std::vector<std::byte> bytes;
 };
 

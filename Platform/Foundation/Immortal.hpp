@@ -16,6 +16,7 @@ union Immortal {
     Immortal(const Immortal &) = delete;
     Immortal &operator=(const Immortal &) = delete;
 
+    /// The object itself.
     T value;
 };
 

@@ -4,9 +4,12 @@
 #include "Platform/Foundation/MainSources.hpp"
 
 #include <cerrno>
+#include <string>
 #include <system_error>
+#include <utility>
 
 #include <glib-unix.h>
+#include <glib.h>
 #include <sys/eventfd.h>
 
 namespace platform::foundation

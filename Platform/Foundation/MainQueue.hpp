@@ -1,8 +1,11 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
+#include <functional>
 #include <mutex>
+#include <vector>
 
 namespace platform::foundation
 {
@@ -16,6 +19,7 @@ class MainQueue final : public DispatchQueue::Implementation
 public:
     MainQueue();
 
+    /// Puts the task at the end, and wakes the main context when there was none.
     void async(std::function<void()> task) override;
     bool isCurrent() const override { return isMainThread(); }
 

@@ -6,20 +6,18 @@
 #include <dlfcn.h>
 
 #include <string>
+#include <vector>
 
 namespace platform::foundation
 {
 namespace
 {
 
-/// The module's folder as installed, or else as in the build tree, where the
-/// library folder is always called `lib`.
 void *loadModule(const char *file, const std::string &subject)
 {
-    const std::string prefix = ProcessInfo::processInfo().installationPrefix();
     std::string reason;
-    for (const char *folder : {PARVANE_LIBRARY_FOLDER, "lib"}) {
-        const std::string path = prefix + "/" + folder + "/parvane-host/" + file;
+    for (const std::string &folder : ProcessInfo::processInfo().libraryFolders()) {
+        const std::string path = folder + "/parvane-host/" + file;
         if (void *module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
             return module;
         if (reason.empty())

@@ -4,6 +4,8 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/UTF8.hpp"
 
+#include <vector>
+
 std::string stringWithContentsOfFile(const std::string &path)
 {
     const auto bytes = platform::foundation::fileContents(path);

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Print.hpp"
 
 #include <cerrno>
+#include <cstddef>
 #include <string>
 
 #include <poll.h>

@@ -10,6 +10,7 @@
 #include <iomanip>
 #include <memory>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace
@@ -60,4 +61,10 @@ std::string ProcessInfo::installationPrefix() const
 {
     const std::string prefix = executable().parent_path().parent_path().string();
     return prefix == "/" ? std::string() : prefix;
+}
+
+std::vector<std::string> ProcessInfo::libraryFolders() const
+{
+    const std::string prefix = installationPrefix();
+    return {prefix + "/" PARVANE_LIBRARY_FOLDER, prefix + "/lib"};
 }

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/FatalError.hpp"
 
+#include <cstddef>
 #include <exception>
 
 #include <pthread.h>

@@ -5,17 +5,18 @@
 #include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 /// What a queue does; one subclass for each kind.
 class DispatchQueue::Implementation
 {
 public:
+    /// A queue of that name, without threads so far.
     explicit Implementation(std::string label) : label_(std::move(label)) {}
     virtual ~Implementation() = default;
     Implementation(const Implementation &) = delete;
     Implementation &operator=(const Implementation &) = delete;
 
+    /// Submits `task` and returns at once.
     virtual void async(std::function<void()> task) = 0;
 
     /// Whether the calling thread is one that runs this queue's tasks.
@@ -24,6 +25,7 @@ public:
     /// Ends the queue's threads when its tasks have run.
     virtual void close() {}
 
+    /// What it was named, whole.
     const std::string &label() const { return label_; }
 
 protected:

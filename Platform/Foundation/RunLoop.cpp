@@ -3,11 +3,13 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/MainSources.hpp"
-#include "Platform/Foundation/MainThread.hpp"
+
+#include <glib.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
 
 namespace
 {

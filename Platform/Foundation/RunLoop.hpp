@@ -8,6 +8,7 @@
 class RunLoop
 {
 public:
+    /// The one of the main thread.
     static RunLoop &main();
 
     /// Serves sources until `stop`. Main thread.
@@ -25,6 +26,7 @@ public:
     /// with GTK sets it just below painting, so that busy timers cannot starve
     /// the screen. Main thread, before the first timer.
     void setSourcePriority(int priority);
+    /// The GLib priority of timers and of the main queue.
     int sourcePriority() const;
 
 private:

@@ -1,11 +1,16 @@
 #pragma once
 
+#include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/QueueImplementation.hpp"
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace platform::foundation
 {
@@ -16,11 +21,13 @@ class SerialQueue final : public DispatchQueue::Implementation,
                           public std::enable_shared_from_this<SerialQueue>
 {
 public:
+    /// A queue whose thread runs, named after the label's last component.
     static std::shared_ptr<SerialQueue> create(std::string label);
 
     /// For `create`.
     explicit SerialQueue(std::string label) : DispatchQueue::Implementation(std::move(label)) {}
 
+    /// Puts the task at the end.
     void async(std::function<void()> task) override;
     bool isCurrent() const override;
     /// Waits for the thread's end, unless called on it.

@@ -11,14 +11,17 @@ class Shared
 {
 public:
     Shared() = default;
+    /// Holds `value` at first.
     explicit Shared(T value) : value_(std::move(value)) {}
 
+    /// A copy of what is there.
     T load() const
     {
         const std::lock_guard lock(mutex_);
         return value_;
     }
 
+    /// Puts `value` in its place.
     void store(T value)
     {
         // The old value is destroyed after the lock is given back: its

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/URLText.hpp"
 
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
 

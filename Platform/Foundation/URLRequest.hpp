@@ -10,6 +10,7 @@ enum class URLRequestCachePolicy { useProtocolCachePolicy };
 
 /// A wish to load what is at a location.
 struct URLRequest {
+    /// A request for `location`; none is refused when it is loaded.
     explicit URLRequest(
         std::optional<URL> location,
         URLRequestCachePolicy policy = URLRequestCachePolicy::useProtocolCachePolicy,
@@ -18,7 +19,9 @@ struct URLRequest {
     {
     }
 
+    /// What to load.
     std::optional<URL> url;
+    /// What may be taken from a cache.
     URLRequestCachePolicy cachePolicy;
     /// Seconds without any progress after which it fails.
     double timeoutInterval;

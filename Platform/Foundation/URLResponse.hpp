@@ -10,6 +10,7 @@
 class URLResponse
 {
 public:
+    /// A response from `url` with content of that type.
     URLResponse(std::optional<URL> url, std::optional<std::string> mimeType)
         : url_(std::move(url)), mimeType_(std::move(mimeType))
     {
@@ -18,6 +19,8 @@ public:
 
     /// The location at the end of all redirections.
     const std::optional<URL> &url() const { return url_; }
+    /// The content's type without parameters, as "text/html"; none where nothing said
+    /// it.
     const std::optional<std::string> &mimeType() const { return mimeType_; }
 
 private:
@@ -29,6 +32,7 @@ private:
 class HTTPURLResponse : public URLResponse
 {
 public:
+    /// A response with the status that the server gave (RFC 9110).
     HTTPURLResponse(std::optional<URL> url, std::optional<std::string> mimeType, int statusCode)
         : URLResponse(std::move(url), std::move(mimeType)), statusCode_(statusCode)
     {

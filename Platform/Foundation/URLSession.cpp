@@ -3,9 +3,12 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/HTTPTransfer.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
+#include "Platform/Foundation/URL.hpp"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 

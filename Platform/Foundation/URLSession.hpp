@@ -16,6 +16,7 @@ public:
     using Completion = std::function<void(Data data, std::shared_ptr<URLResponse> response,
                                           std::exception_ptr error)>;
 
+    /// The one instance. Main thread.
     static URLSession &shared();
 
     /// Loads what `request` asks for and calls `completion` on the main thread, once

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/URLText.hpp"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace platform::foundation
 {

@@ -9,11 +9,11 @@ namespace platform::foundation
 
 /// The parts of a URI reference as they stand in its text (RFC 3986, section 3).
 struct URLParts {
-    std::optional<std::string_view> scheme;
-    std::optional<std::string_view> authority;
-    std::string_view path;
-    std::optional<std::string_view> query;
-    std::optional<std::string_view> fragment;
+    std::optional<std::string_view> scheme;    ///< before the first ":"
+    std::optional<std::string_view> authority; ///< behind "//"
+    std::string_view path;                     ///< always there, perhaps empty
+    std::optional<std::string_view> query;     ///< behind "?"
+    std::optional<std::string_view> fragment;  ///< behind "#"
 };
 
 /// Splits any text as appendix B of RFC 3986 does. The parts point into `text`.

@@ -12,8 +12,10 @@ class Scene;
 class NSCoder
 {
 public:
+    /// Hands out that scene.
     explicit NSCoder(std::shared_ptr<platform::interface::Scene> scene);
 
+    /// What was read of the storyboard's file.
     const std::shared_ptr<platform::interface::Scene> &scene() const { return scene_; }
 
 private:

@@ -15,6 +15,7 @@ enum class NSLayoutAttribute { leading, trailing, top, bottom };
 class NSLayoutConstraint
 {
 public:
+    /// A constraint that is not active yet. It does not keep the views alive.
     NSLayoutConstraint(const std::shared_ptr<UIView> &firstItem, NSLayoutAttribute firstAttribute,
                        const std::shared_ptr<UIView> &secondItem,
                        NSLayoutAttribute secondAttribute);
@@ -23,13 +24,21 @@ public:
     /// the one activated first holds. Views that are neither superview and subview
     /// nor siblings are a fatal error.
     static void activate(const std::vector<std::shared_ptr<NSLayoutConstraint>> &constraints);
+    /// They no longer hold; the views' frames follow at once.
     static void deactivate(const std::vector<std::shared_ptr<NSLayoutConstraint>> &constraints);
+    /// Whether it holds.
     bool isActive() const;
 
+    ///@{
+    /// The view whose edge it is; null when it has gone.
     std::shared_ptr<UIView> firstItem() const { return firstItem_.lock(); }
     std::shared_ptr<UIView> secondItem() const { return secondItem_.lock(); }
+    ///@}
+    ///@{
+    /// Which edge of that view.
     NSLayoutAttribute firstAttribute() const { return firstAttribute_; }
     NSLayoutAttribute secondAttribute() const { return secondAttribute_; }
+    ///@}
 
 private:
     std::shared_ptr<UIView> commonView() const;

@@ -1,5 +1,7 @@
 #include "Platform/Interface/PageStack.hpp"
 
+#include "Platform/Interface/StackPages.hpp"
+
 #include <utility>
 
 namespace platform::interface
@@ -17,7 +19,7 @@ void PageStack::reset(Gtk::Widget *root)
     if (root) {
         stack_.add(*root);
         stack_.set_transition_type(Gtk::StackTransitionType::NONE);
-        stack_.set_visible_child(*root);
+        showPageOf(stack_.gobj(), root->gobj());
     }
     for (Gtk::Widget *page : std::exchange(pages_, {}))
         stack_.remove(*page);
@@ -50,7 +52,7 @@ void PageStack::change(Gtk::Widget &page, Gtk::StackTransitionType transition, b
     laidOut_ = false;
     done_ = std::move(done);
     stack_.set_transition_type(animated ? transition : Gtk::StackTransitionType::NONE);
-    stack_.set_visible_child(page);
+    showPageOf(stack_.gobj(), page.gobj());
     // There is a layout even if the page has the size of the last.
     stack_.queue_resize();
 }

@@ -13,8 +13,11 @@
 class StoryboardBinding
 {
 public:
+    /// The control that sends an action.
     using Sender = std::shared_ptr<UIResponder>;
+    /// The views of a scene by their ids.
     using Views = std::map<std::string, std::shared_ptr<UIView>>;
+    /// What to call for an action by its name.
     using Actions = std::map<std::string, std::function<void(const Sender &)>>;
 
     /// A binding to the named views of a scene.

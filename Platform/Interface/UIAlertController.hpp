@@ -9,13 +9,16 @@
 #include <vector>
 
 /// How a choice is meant: `cancel` leaves things unchanged, and Escape stands for it.
+/// What a choice means; a destructive one is drawn as a warning.
 enum class UIAlertActionStyle { defaultStyle, cancel, destructive };
+/// How an alert is shown: as a dialog of its own.
 enum class UIAlertControllerStyle { alert };
 
 /// One of the choices that an alert gives.
 class UIAlertAction
 {
 public:
+    /// Is called when the action was chosen.
     using Handler = std::function<void(UIAlertAction &)>;
 
     /// A choice under `title`; the handler may be null.
@@ -24,7 +27,9 @@ public:
     {
     }
 
+    /// What stands on the button.
     const std::string &title() const { return title_; }
+    /// What the choice means.
     UIAlertActionStyle style() const { return style_; }
 
     /// Does what choosing it does.
@@ -45,13 +50,17 @@ private:
 class UIAlertController : public UIViewController
 {
 public:
+    /// An alert without choices; not shown yet.
     UIAlertController(std::string title, std::string message, UIAlertControllerStyle style);
     ~UIAlertController() override;
 
     /// Adds a choice behind those added before; before it is presented.
     void addAction(UIAlertAction action);
+    /// The choices in their order.
     const std::vector<UIAlertAction> &actions() const { return actions_; }
+    /// What it says in large.
     const std::string &title() const { return title_; }
+    /// What it says below.
     const std::string &message() const { return message_; }
 
 protected:

@@ -23,8 +23,11 @@ public:
     /// The one instance; asking before `UIApplicationMain` is a fatal error.
     static UIApplication &shared();
 
+    /// What hears of the program's life; null for nobody.
     const std::shared_ptr<UIApplicationDelegate> &delegate() const { return delegate_; }
+    /// Puts another in its place, which hears what comes from now on.
     void setDelegate(std::shared_ptr<UIApplicationDelegate> delegate);
+    /// Whether a window has the focus, is shown, or neither.
     UIApplicationState applicationState() const;
 
     /// Ends the program: `applicationWillTerminate`, then `std::quick_exit(0)`.

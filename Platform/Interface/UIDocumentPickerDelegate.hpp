@@ -18,6 +18,7 @@ public:
     {
     }
 
+    /// Documents were picked, one or several. Unless overridden it tells of each alone.
     virtual void documentPicker(UIDocumentPickerViewController &controller,
                                 const std::vector<URL> &urls)
     {
@@ -25,5 +26,6 @@ public:
             documentPicker(controller, url);
     }
 
+    /// The dialog was closed and nothing picked.
     virtual void documentPickerWasCancelled(UIDocumentPickerViewController & /*controller*/) {}
 };

@@ -22,6 +22,7 @@ public:
 
     /// Not kept alive.
     std::weak_ptr<UIDocumentPickerDelegate> delegate;
+    /// Whether several may be picked at a time; before it is presented.
     bool allowsMultipleSelection = false;
 
 protected:

@@ -18,6 +18,7 @@ public:
     /// desktop reads; null when it holds none.
     static std::shared_ptr<UIImage> create(const Data &data);
 
+    /// The picture of a texture, which is never null.
     explicit UIImage(std::shared_ptr<Gdk::Texture> texture);
 
     /// In points, of which each is a pixel.

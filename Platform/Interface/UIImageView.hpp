@@ -19,7 +19,9 @@ public:
     /// A view in an empty box of a storyboard.
     explicit UIImageView(std::unique_ptr<platform::interface::Widget> box);
 
+    /// What is shown; null for nothing.
     const std::shared_ptr<UIImage> &image() const { return image_; }
+    /// Shows another picture; null for nothing.
     void setImage(std::shared_ptr<UIImage> image);
 
 private:

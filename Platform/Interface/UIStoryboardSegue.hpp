@@ -12,6 +12,7 @@ class UIViewController;
 class UIStoryboardSegue
 {
 public:
+    /// A way that has not been gone yet.
     UIStoryboardSegue(std::optional<std::string> identifier,
                       std::shared_ptr<UIViewController> source,
                       std::shared_ptr<UIViewController> destination)
@@ -20,8 +21,11 @@ public:
     {
     }
 
+    /// Its name in the storyboard.
     const std::optional<std::string> &identifier() const { return identifier_; }
+    /// The screen that it leaves.
     const std::shared_ptr<UIViewController> &source() const { return source_; }
+    /// The screen that it leads to, made for it.
     const std::shared_ptr<UIViewController> &destination() const { return destination_; }
 
 private:

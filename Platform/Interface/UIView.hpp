@@ -36,16 +36,20 @@ public:
     /// included, valid at once and while hidden. A storyboard's views have none
     /// before their first layout.
     const CGRect &frame() const { return frame_; }
+    /// Moves the view and gives it a size; its subviews' constraints follow at once.
     void setFrame(const CGRect &frame);
     /// The view's own rectangle: its size, at 0, 0.
     CGRect bounds() const { return {0, 0, frame_.size.width, frame_.size.height}; }
 
     /// While it is true the frame stands; false, the active constraints decide.
     bool translatesAutoresizingMaskIntoConstraints = true;
+    ///@{
+    /// The edge, to be tied to one of another view.
     NSLayoutXAxisAnchor leadingAnchor();
     NSLayoutXAxisAnchor trailingAnchor();
     NSLayoutYAxisAnchor topAnchor();
     NSLayoutYAxisAnchor bottomAnchor();
+    ///@}
     /// The active constraints between this view's subviews or between them and this
     /// view, in the order of their activation.
     const std::vector<std::shared_ptr<NSLayoutConstraint>> &constraints() const
@@ -58,6 +62,7 @@ public:
     /// the keyboard is hidden, a neighbour takes it over, if need be the next of them to
     /// be shown.
     bool isHidden() const;
+    /// Hides the view and all in it, or shows it again.
     void setHidden(bool hidden);
 
     /// The view that holds this one; none at the top.
@@ -92,8 +97,10 @@ public:
 protected:
     /// A plain view in an empty box of a storyboard.
     struct Box {
+        /// The box itself.
         std::unique_ptr<platform::interface::Widget> widget;
     };
+    /// The view that the box becomes.
     explicit UIView(Box box);
 
 private:

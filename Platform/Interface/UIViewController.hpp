@@ -35,24 +35,37 @@ public:
 
     /// The view, loaded at the first use; none if `loadView` set none.
     const std::shared_ptr<UIView> &view();
+    /// Puts another view in its place; for `loadView`.
     void setView(std::shared_ptr<UIView> view);
+    /// Whether there is a view already.
     bool isViewLoaded() const { return view_ != nullptr; }
+    /// Loads the view unless it is there; then `viewDidLoad`.
     void loadViewIfNeeded();
 
     /// Sets the view from the scene or file, and the outlets with it. A file that
     /// is missing or does not load is a fatal error.
     virtual void loadView();
+    ///@{
+    /// The view has been loaded and its outlets are set. Once.
     virtual void viewDidLoad() {}
+    ///@}
+    ///@{
+    /// The view is about to come onto the screen or to leave it, or just has.
     virtual void viewWillAppear(bool /*animated*/) {}
     virtual void viewDidAppear(bool /*animated*/) {}
     virtual void viewWillDisappear(bool /*animated*/) {}
     virtual void viewDidDisappear(bool /*animated*/) {}
+    ///@}
+    /// The frames of the view's subviews are those of now.
     virtual void viewDidLayoutSubviews() {}
+    /// The system is short of memory.
     virtual void didReceiveMemoryWarning() {}
 
     // Containment. ---------------------------------------------------------------
 
+    /// The controller that this one is part of; null for none.
     std::shared_ptr<UIViewController> parent() const { return parent_.lock(); }
+    /// The controllers that are part of this one, in the order they came.
     const std::vector<std::shared_ptr<UIViewController>> &children() const { return children_; }
     /// Makes `child` one of this controller's, which then owns it, after taking it
     /// from the parent it had. Says `willMove` to it; whoever adds it puts its view
@@ -63,6 +76,7 @@ public:
     void removeFromParent();
     /// The parent is about to change; null: to none.
     virtual void willMove(const std::shared_ptr<UIViewController> & /*parent*/) {}
+    /// The parent has changed; null: to none.
     virtual void didMove(const std::shared_ptr<UIViewController> & /*parent*/) {}
 
     // Presentation. --------------------------------------------------------------
@@ -78,6 +92,7 @@ public:
     void dismiss(bool animated, std::function<void()> completion = nullptr);
     /// What this controller or the one it is part of presents; none without.
     std::shared_ptr<UIViewController> presentedViewController();
+    /// What presents this controller or the one it is part of; none without.
     std::shared_ptr<UIViewController> presentingViewController() const;
 
     // Segues. --------------------------------------------------------------------
@@ -94,8 +109,12 @@ public:
 
     // For the platform's own use: ------------------------------------------------
 
+    ///@{
+    /// Frame a change of the view's visibility: they call the appearance callbacks,
+    /// each once.
     void beginAppearanceTransition(bool isAppearing, bool animated);
     void endAppearanceTransition();
+    ///@}
     /// The view gets its last step to having appeared with the next layout.
     void endAppearanceWithLayout() { endsWithLayout_ = true; }
     /// The window that the view is in has been laid out.

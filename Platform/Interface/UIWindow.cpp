@@ -76,25 +76,27 @@ UIWindow::~UIWindow()
 
 void UIWindow::setRootViewController(std::shared_ptr<UIViewController> controller)
 {
-    const auto former = std::exchange(root_, std::move(controller));
-    if (!windowOf(*this).get_visible())
+    if (controller == root_)
         return;
-
+    const auto former = std::exchange(root_, std::move(controller));
     if (former && former->presentedViewController())
         former->dismiss(false);
     if (former)
         former->beginAppearanceTransition(false, false);
-    showRootView();
+    // A window that is hidden lets go of what it showed all the same.
+    if (windowOf(*this).get_visible())
+        showRootView();
+    else
+        removePages();
     if (former)
         former->endAppearanceTransition();
 }
 
 void UIWindow::makeKeyAndVisible()
 {
-    auto &window = windowOf(*this);
-    if (!window.get_visible())
+    if (pages_->controllers.empty())
         showRootView();
-    window.present();
+    windowOf(*this).present();
 }
 
 void UIWindow::setCloseHandler(std::function<void()> handler)
@@ -109,20 +111,31 @@ void UIWindow::setCloseHandler(std::function<void()> handler)
 
 void UIWindow::showRootView()
 {
-    while (!subviews().empty())
-        disown(*subviews().back());
-    pages_->controllers.clear();
     const auto view = root_ ? root_->view() : nullptr;
     if (!view) {
-        pages_->stack.reset(nullptr);
+        removePages();
         return;
     }
+    disownPages();
     root_->beginAppearanceTransition(true, false);
     root_->endAppearanceWithLayout();
     addPage(root_);
     pages_->stack.reset(&view->widget().get());
     // A control has the keyboard, so that nobody has to look for one.
     root_->takeKeyboard();
+}
+
+void UIWindow::removePages()
+{
+    disownPages();
+    pages_->stack.reset(nullptr);
+}
+
+void UIWindow::disownPages()
+{
+    while (!subviews().empty())
+        disown(*subviews().back());
+    pages_->controllers.clear();
 }
 
 void UIWindow::pushPage(const std::shared_ptr<UIViewController> &controller, bool animated,

@@ -20,6 +20,7 @@ public:
     static std::shared_ptr<UIWindow> create(const std::string &title, int width, int height);
     ~UIWindow() override;
 
+    /// The controller whose view fills the window; null for none.
     const std::shared_ptr<UIViewController> &rootViewController() const { return root_; }
     /// On a window that is shown the new view takes the place of all at once.
     void setRootViewController(std::shared_ptr<UIViewController> controller);
@@ -44,6 +45,8 @@ private:
     UIWindow(std::unique_ptr<platform::interface::Widget> widget, std::unique_ptr<Pages> pages);
 
     void showRootView();
+    void removePages();
+    void disownPages();
     void addPage(const std::shared_ptr<UIViewController> &controller);
     void watchSurface();
     void didLayout();

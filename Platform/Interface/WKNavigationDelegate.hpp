@@ -10,15 +10,19 @@ class WKWebView;
 
 /// A way that a page wants to go: the first load, a link, a redirection, a frame.
 struct WKNavigationAction {
+    /// What is to be loaded.
     URLRequest request;
 };
 
 /// What came back, before it is shown.
 struct WKNavigationResponse {
+    /// What the server or the file system says of it.
     std::shared_ptr<URLResponse> response;
 };
 
+/// Whether the page may go there.
 enum class WKNavigationActionPolicy { cancel, allow };
+/// Whether the page may show it.
 enum class WKNavigationResponsePolicy { cancel, allow };
 
 /// Decides where a web view may go and what it may show. Main thread. An answer may
@@ -28,6 +32,7 @@ class WKNavigationDelegate
 public:
     virtual ~WKNavigationDelegate() = default;
 
+    /// Before anything is loaded. Allowed unless overridden.
     virtual void
     webViewDecidePolicyFor(WKWebView & /*webView*/, const WKNavigationAction & /*navigationAction*/,
                            const std::function<void(WKNavigationActionPolicy)> &decisionHandler)
@@ -35,6 +40,7 @@ public:
         decisionHandler(WKNavigationActionPolicy::allow);
     }
 
+    /// Before what was loaded is shown. Allowed unless overridden.
     virtual void
     webViewDecidePolicyFor(WKWebView & /*webView*/,
                            const WKNavigationResponse & /*navigationResponse*/,

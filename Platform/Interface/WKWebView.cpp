@@ -105,7 +105,9 @@ WKWebView::WKWebView(std::unique_ptr<Widget> box)
     try {
         static const MakeWebPage makeWebPage = findMakeWebPage();
         makeWebPage(*observer_, page_);
-        setContent(std::make_unique<Widget>(*Glib::wrap(page_->widget())));
+        setContent(page_ ? std::make_unique<Widget>(*Glib::wrap(page_->widget()))
+                         : messageSaying("Pages cannot be shown, since this system does not let "
+                                         "them run in a sandbox."));
     } catch (const PlatformError &error) {
         printError(error.what());
         setContent(messageSaying("Pages cannot be shown, since the web engine is missing."));

@@ -45,6 +45,7 @@ public:
     std::optional<URL> url() const;
     /// The page's own; empty where it has none.
     std::string title() const;
+    /// Whether something is still on its way.
     bool isLoading() const;
 
 private:

@@ -13,6 +13,9 @@ namespace
 
 constexpr std::size_t wordSize = sizeof(std::uint64_t);
 
+constexpr std::size_t guardWords = 8;
+constexpr std::uint64_t untouched = 0xA5A5A5A5A5A5A5A5U;
+
 constexpr std::size_t padded(std::size_t size)
 {
     return (size + wordSize - 1) / wordSize * wordSize;
@@ -23,7 +26,7 @@ constexpr std::size_t padded(std::size_t size)
 EventBuffer::EventBuffer(std::uint32_t capacity)
     : capacity_(static_cast<std::uint32_t>(
           padded(std::max<std::size_t>(capacity, sizeof(LV2_Atom_Sequence))))),
-      words_(capacity_ / wordSize)
+      words_(capacity_ / wordSize + guardWords, untouched)
 {
     // The symbols are looked up here, before there is an audio callback.
     Symbols::shared();
@@ -44,6 +47,12 @@ void EventBuffer::offerChunk() noexcept
     LV2_Atom_Sequence &s = *sequence();
     s.atom.size = capacity_ - static_cast<std::uint32_t>(sizeof(LV2_Atom));
     s.atom.type = Symbols::shared().atomChunk;
+}
+
+bool EventBuffer::isIntact() const noexcept
+{
+    return std::all_of(words_.end() - guardWords, words_.end(),
+                       [](std::uint64_t word) { return word == untouched; });
 }
 
 bool EventBuffer::append(std::int64_t frame, LV2_URID type,

@@ -17,10 +17,11 @@ namespace platform::lv2
 class EventBuffer
 {
 public:
+    /// One event of the sequence.
     struct Event {
-        std::int64_t frame;
-        LV2_URID type;
-        std::span<const std::uint8_t> bytes;
+        std::int64_t frame;                  ///< of the block
+        LV2_URID type;                       ///< of the atom
+        std::span<const std::uint8_t> bytes; ///< the atom's body, in the buffer
     };
 
     /// Room for `capacity` bytes, of which the header takes 16.
@@ -28,6 +29,7 @@ public:
 
     /// What the port is connected to.
     LV2_Atom_Sequence *sequence() { return reinterpret_cast<LV2_Atom_Sequence *>(words_.data()); }
+    /// In bytes, the header among them.
     std::uint32_t capacity() const { return capacity_; }
 
     /// An empty sequence, for an input.
@@ -39,6 +41,9 @@ public:
     /// An empty chunk of the whole capacity, which an output is to be before each
     /// run.
     REALTIME void offerChunk() noexcept;
+
+    /// Whether nobody has written behind the buffer's end.
+    REALTIME bool isIntact() const noexcept;
 
     /// Calls `visit(Event)` for each event that the plug-in wrote, trusting none of
     /// the sizes in it.
@@ -57,7 +62,7 @@ private:
     const LV2_Atom_Event *checked(std::size_t offset) noexcept;
 
     std::uint32_t capacity_;
-    // Eight-byte words, since atoms are aligned so.
+    // Eight-byte words, since atoms are aligned so, and some behind the end as a guard.
     std::vector<std::uint64_t> words_;
 };
 

@@ -21,10 +21,10 @@ struct Exchange {
     {
     }
 
-    MidiInput midiInput;
-    MidiOutput midiOutput;
-    Log log;
-    ScratchFolder files;
+    MidiInput midiInput;   ///< to the plug-in, from any thread
+    MidiOutput midiOutput; ///< from the plug-in
+    Log log;               ///< what it has to say
+    ScratchFolder files;   ///< where its state puts files
 };
 
 } // namespace platform::lv2

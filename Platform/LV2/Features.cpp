@@ -5,6 +5,7 @@
 #include <lv2/buf-size/buf-size.h>
 #include <lv2/log/log.h>
 #include <lv2/parameters/parameters.h>
+#include <lv2/port-props/port-props.h>
 #include <lv2/state/state.h>
 #include <lv2/urid/urid.h>
 #include <lv2/worker/worker.h>
@@ -20,6 +21,10 @@ namespace
 
 // Features without data: promises that this host keeps.
 constexpr LV2_Feature boundedBlockLength{LV2_BUF_SIZE__boundedBlockLength, nullptr};
+constexpr LV2_Feature fixedBlockLength{LV2_BUF_SIZE__fixedBlockLength, nullptr};
+constexpr LV2_Feature powerOf2BlockLength{LV2_BUF_SIZE__powerOf2BlockLength, nullptr};
+constexpr LV2_Feature coarseBlockLength{LV2_BUF_SIZE__coarseBlockLength, nullptr};
+constexpr LV2_Feature supportsStrictBounds{LV2_PORT_PROPS__supportsStrictBounds, nullptr};
 constexpr LV2_Feature isLive{LV2_CORE__isLive, nullptr};
 constexpr LV2_Feature loadDefaultState{LV2_STATE__loadDefaultState, nullptr};
 constexpr LV2_Feature threadSafeRestore{LV2_STATE__threadSafeRestore, nullptr};
@@ -33,6 +38,10 @@ constexpr std::array servedFeatures{
     std::string_view(LV2_LOG__log),
     std::string_view(LV2_WORKER__schedule),
     std::string_view(LV2_BUF_SIZE__boundedBlockLength),
+    std::string_view(LV2_BUF_SIZE__fixedBlockLength),
+    std::string_view(LV2_BUF_SIZE__powerOf2BlockLength),
+    std::string_view(LV2_BUF_SIZE__coarseBlockLength),
+    std::string_view(LV2_PORT_PROPS__supportsStrictBounds),
     std::string_view(LV2_CORE__isLive),
     std::string_view(LV2_STATE__loadDefaultState),
     std::string_view(LV2_STATE__threadSafeRestore),
@@ -72,7 +81,8 @@ bool Features::servesOption(std::string_view option)
 
 Features::Features(const Values &values, Exchange &exchange, Worker &worker)
     : sampleRate_(static_cast<float>(values.sampleRate)),
-      maximumFrames_(static_cast<std::int32_t>(values.maximumFrames)),
+      minimumFrames_(static_cast<std::int32_t>(values.runLengths.shortest(values.maximumFrames))),
+      maximumFrames_(static_cast<std::int32_t>(values.runLengths.longest(values.maximumFrames))),
       sequenceSize_(static_cast<std::int32_t>(values.sequenceSize)),
       contextName_(values.contextName.value_or("")), map_{LV2_URID__map,
                                                           SymbolTable::shared().mapFeature()},
@@ -86,7 +96,7 @@ Features::Features(const Values &values, Exchange &exchange, Worker &worker)
       freePath_{LV2_STATE__freePath, exchange.files.freePathFeature()}
 {
     fillOptions();
-    fillLists();
+    fillLists(values.runLengths);
 }
 
 LV2_Options_Option Features::contextOption() const
@@ -112,11 +122,28 @@ void Features::fillOptions()
         options_[5] = contextOption();
 }
 
-void Features::fillLists()
+void Features::fillLists(const RunLengths &lengths)
 {
-    instanceList_ = {&map_,      &unmap_,   &optionsFeature_,    &log_,
-                     &schedule_, &isLive,   &boundedBlockLength, &loadDefaultState,
-                     &makePath_, &mapPath_, &freePath_,          &threadSafeRestore};
+    instanceList_ = {&map_,
+                     &unmap_,
+                     &optionsFeature_,
+                     &log_,
+                     &schedule_,
+                     &isLive,
+                     &boundedBlockLength,
+                     &loadDefaultState,
+                     &makePath_,
+                     &mapPath_,
+                     &freePath_,
+                     &threadSafeRestore,
+                     &coarseBlockLength,
+                     &supportsStrictBounds};
+    // Offered to those alone that insist: for others blocks stay as they come.
+    auto end = std::find(instanceList_.begin(), instanceList_.end(), nullptr);
+    if (lengths.areFixed)
+        *end++ = &fixedBlockLength;
+    if (lengths.arePowersOfTwo)
+        *end = &powerOf2BlockLength;
     stateList_ = {&map_,     &unmap_,    &optionsFeature_,  &log_, &scheduleInRestore_, &makePath_,
                   &mapPath_, &freePath_, &threadSafeRestore};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/LV2/Exchange.hpp"
+#include "Platform/LV2/RunLengths.hpp"
 #include "Platform/LV2/Worker.hpp"
 
 #include <lv2/core/lv2.h>
@@ -23,17 +24,21 @@ inline constexpr const char *contextNameOption = "urn:qrvx:audio-component#conte
 class Features
 {
 public:
+    /// What the options say.
     struct Values {
-        double sampleRate;
-        std::uint32_t maximumFrames;
-        std::uint32_t sequenceSize;
-        std::optional<std::string> contextName;
+        double sampleRate;                      ///< in Hz
+        std::uint32_t maximumFrames;            ///< of a block
+        RunLengths runLengths;                  ///< that the plug-in insists on
+        std::uint32_t sequenceSize;             ///< of an atom port's buffer, in bytes
+        std::optional<std::string> contextName; ///< none: the option is left out
     };
 
     /// Whether a plug-in may require the feature of this URI.
     static bool serves(std::string_view feature);
+    /// Whether a plug-in may require the option of this URI.
     static bool servesOption(std::string_view option);
 
+    /// Features whose pointers are valid as long as this, the exchange and the worker.
     Features(const Values &values, Exchange &exchange, Worker &worker);
     Features(const Features &) = delete;
     Features &operator=(const Features &) = delete;
@@ -50,10 +55,10 @@ public:
 private:
     LV2_Options_Option contextOption() const;
     void fillOptions();
-    void fillLists();
+    void fillLists(const RunLengths &lengths);
 
     float sampleRate_;
-    std::int32_t minimumFrames_ = 1;
+    std::int32_t minimumFrames_;
     std::int32_t maximumFrames_;
     std::int32_t sequenceSize_;
     std::string contextName_;
@@ -69,7 +74,7 @@ private:
     LV2_Feature makePath_;
     LV2_Feature mapPath_;
     LV2_Feature freePath_;
-    std::array<const LV2_Feature *, 13> instanceList_{};
+    std::array<const LV2_Feature *, 17> instanceList_{};
     std::array<const LV2_Feature *, 10> stateList_{};
 };
 

@@ -35,13 +35,17 @@ std::vector<std::string> HostedPlugin::MIDIOutputNames() const
 
 bool HostedPlugin::logs() const
 {
-    return plugin_->hasFeature(LV2_LOG__log);
+    return plugin_->hasFeature(LV2_LOG__log) || instance_->settings().checksBounds;
 }
 
 bool HostedPlugin::isPrepared(double sampleRate, std::uint32_t maximumFrames) const
 {
     const Instance::Settings &settings = instance_->settings();
-    return settings.sampleRate == sampleRate && settings.maximumFrames >= maximumFrames;
+    // Where runs have one length it is to be that of the blocks.
+    const bool isLongEnough = plugin_->runLengths().areFixed
+                                  ? settings.maximumFrames == maximumFrames
+                                  : settings.maximumFrames >= maximumFrames;
+    return settings.sampleRate == sampleRate && isLongEnough;
 }
 
 void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)

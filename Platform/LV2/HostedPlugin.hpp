@@ -26,16 +26,24 @@ public:
                  const Instance::Settings &settings, const State *restored = nullptr,
                  const std::string &scratchFolder = {});
 
+    ///@{
+    /// The plug-in's data.
     Plugin &plugin() { return *plugin_; }
     const Plugin &plugin() const { return *plugin_; }
+    ///@}
     /// May outlive the plug-in.
     const std::shared_ptr<Exchange> &exchange() const { return exchange_; }
+    ///@{
+    /// The running plug-in.
     Instance &instance() { return *instance_; }
     const Instance &instance() const { return *instance_; }
+    ///@}
 
     /// Audio ports of the main signal; 0 where there are none.
     std::uint32_t inputChannelCount() const { return mainChannelCount(true); }
+    /// Audio ports of the main signal; 0 where there are none.
     std::uint32_t outputChannelCount() const { return mainChannelCount(false); }
+    /// Whether a port takes MIDI.
     bool takesMIDI() const;
     /// The names of the ports that emit MIDI, in their order.
     std::vector<std::string> MIDIOutputNames() const;

@@ -10,8 +10,10 @@
 #include <lv2/worker/worker.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace platform::lv2
 {
@@ -62,12 +64,14 @@ Instance::Instance(Plugin &plugin, Exchange &exchange, const Settings &settings,
                    const State *restored)
     : plugin_(servable(plugin)), exchange_(exchange), settings_(settings),
       buffers_(plugin.ports(), settings.sampleRate, settings.maximumFrames),
-      worker_(settings.isOffline), features_({settings.sampleRate, settings.maximumFrames,
-                                              buffers_.sequenceSize(), settings.contextName},
-                                             exchange, worker_),
+      position_(settings.sampleRate), worker_(settings.isOffline),
+      features_({settings.sampleRate, settings.maximumFrames, plugin.runLengths(),
+                 buffers_.sequenceSize(), settings.contextName},
+                exchange, worker_),
       instance_(plugin.instantiate(settings.sampleRate, features_.forInstance())),
       restoresWhileRunning_(plugin.hasFeature(LV2_STATE__threadSafeRestore))
 {
+    makeRunBuffers();
     attachWorker();
     buffers_.connect(instance_.get());
     buffers_.setFreeWheeling(settings.isOffline);
@@ -81,13 +85,30 @@ Instance::Instance(Plugin &plugin, Exchange &exchange, const Settings &settings,
     // A run of no frames is legal and lets a plug-in report its delay.
     if (std::any_of(plugin.ports().begin(), plugin.ports().end(),
                     [](const Port &port) { return port.isLatency; }))
-        runOpen(0, 0);
+        runConnected(0, 0, [](EventBuffer &) {});
 }
 
 Instance::~Instance()
 {
     worker_.stop();
     lilv_instance_deactivate(instance_.get());
+}
+
+void Instance::makeRunBuffers()
+{
+    const RunLengths &lengths = plugin_.runLengths();
+    const std::uint32_t longest = lengths.longest(settings_.maximumFrames);
+    if (settings_.checksBounds)
+        guarded_.emplace(buffers_.outputCount(), longest);
+    if (lengths.areFree())
+        return;
+    arrived_.emplace(buffers_.sequenceSize());
+    if (lengths.areFixed)
+        fixedRuns_.emplace(FixedRuns::Shape{buffers_.inputCount(), buffers_.outputCount(),
+                                            buffers_.midiOutputs().size(), longest,
+                                            buffers_.sequenceSize()});
+    else
+        parts_.emplace(buffers_.inputCount(), buffers_.outputCount());
 }
 
 template <typename Interface>
@@ -110,45 +131,157 @@ bool Instance::run(const float *const *inputs, float *const *outputs, std::uint3
         return false;
     if (!gate_.enter())
         return false;
-    {
+    if (frames > 0) {
         const Log::AudioCallback here;
-        buffers_.connectAudio(instance_.get(), inputs, outputs);
-        if (frames > 0)
-            runOpen(frames, sampleTime);
+        runBlock({inputs, outputs, frames, sampleTime});
     }
     gate_.leave();
     return true;
 }
 
-void Instance::runOpen(std::uint32_t frames, std::int64_t sampleTime) noexcept
+void Instance::runBlock(const Block &block) noexcept
+{
+    if (fixedRuns_ && !fixedRuns_->suits(block.frames))
+        runGathered(block);
+    else if (!fixedRuns_ && arrived_ && !std::has_single_bit(block.frames))
+        runInParts(block);
+    else
+        runAsItIs(block);
+}
+
+void Instance::runAsItIs(const Block &block) noexcept
+{
+    runOnce(
+        block, [&](EventBuffer &events) { exchange_.midiInput.drainInto(events, block.frames); },
+        [&](std::size_t output, const EventBuffer::Event &event) {
+            emit(output, block.sampleTime + event.frame, event.bytes);
+        });
+}
+
+EventBuffer &Instance::arrivedEvents(std::uint32_t frames) noexcept
+{
+    arrived_->clear();
+    if (buffers_.midiInput())
+        exchange_.midiInput.drainInto(*arrived_, frames);
+    return *arrived_;
+}
+
+// Every length is a sum of powers of two, the long ones first.
+void Instance::runInParts(const Block &block) noexcept
+{
+    EventBuffer &arrived = arrivedEvents(block.frames);
+    for (std::uint32_t first = 0; first < block.frames;) {
+        const std::uint32_t count = std::bit_floor(block.frames - first);
+        const std::int64_t time = block.sampleTime + first;
+        runOnce(
+            {parts_->inputs(block.inputs, first), parts_->outputs(block.outputs, first), count,
+             time},
+            [&](EventBuffer &events) {
+                arrived.forEach([&](const EventBuffer::Event &event) {
+                    if (event.frame >= first && event.frame < first + count)
+                        events.append(event.frame - first, event.type, event.bytes);
+                });
+            },
+            [&](std::size_t output, const EventBuffer::Event &event) {
+                emit(output, time + event.frame, event.bytes);
+            });
+        first += count;
+    }
+}
+
+void Instance::runGathered(const Block &block) noexcept
+{
+    fixedRuns_->render(
+        block.inputs, block.outputs, block.frames, arrivedEvents(block.frames),
+        [&](const FixedRuns::Run &run) {
+            runOnce(
+                {run.inputs, run.outputs, run.frames, block.sampleTime + run.offset},
+                [&](EventBuffer &events) {
+                    run.events.forEach([&](const EventBuffer::Event &event) {
+                        events.append(event.frame, event.type, event.bytes);
+                    });
+                },
+                [&](std::size_t output, const EventBuffer::Event &event) {
+                    run.emitted[output].append(event.frame, event.type, event.bytes);
+                });
+        },
+        [&](std::size_t output, const EventBuffer::Event &event) {
+            emit(output, block.sampleTime + event.frame, event.bytes);
+        });
+}
+
+template <typename AddEvents, typename TakeMidi>
+void Instance::runOnce(const Block &block, AddEvents addEvents, TakeMidi takeMidi) noexcept
+{
+    buffers_.connectAudio(instance_.get(), block.inputs,
+                          guarded_ ? guarded_->begin(block.frames) : block.outputs);
+    runConnected(block.frames, block.sampleTime, addEvents);
+    collectMidi(block.frames, takeMidi);
+    if (guarded_)
+        checkBounds(guarded_->end(block.outputs, block.frames));
+}
+
+template <typename AddEvents>
+void Instance::runConnected(std::uint32_t frames, std::int64_t sampleTime,
+                            AddEvents addEvents) noexcept
 {
     buffers_.prepareRun();
+    if (buffers_.takesPosition())
+        tellPosition(frames, sampleTime);
     PortTraffic *traffic = traffic_.load(std::memory_order_acquire);
     if (traffic)
         traffic->deliver(buffers_);
     if (EventBuffer *midi = buffers_.midiInput())
-        exchange_.midiInput.drainInto(*midi, frames);
+        addEvents(*midi);
     lilv_instance_run(instance_.get(), frames);
     worker_.finishRun();
-    collectMidi(sampleTime);
     if (traffic && traffic->isWatched()) {
         traffic->collect(buffers_);
         buffers_.publishOutputs();
     }
-    latency_.store(buffers_.latency(), std::memory_order_relaxed);
+    const auto delay = static_cast<float>(fixedRuns_ ? fixedRuns_->delay() : 0);
+    latency_.store(buffers_.latency() + delay, std::memory_order_relaxed);
 }
 
-void Instance::collectMidi(std::int64_t sampleTime) noexcept
+// Where it is by itself a plug-in knows that does its counting.
+void Instance::tellPosition(std::uint32_t frames, std::int64_t sampleTime) noexcept
+{
+    if (frames == 0)
+        return;
+    position_.moveTo(sampleTime);
+    buffers_.tellPosition(position_, sampleTime != expectedTime_);
+    expectedTime_ = sampleTime + frames;
+}
+
+template <typename TakeMidi>
+void Instance::collectMidi(std::uint32_t frames, TakeMidi takeMidi) noexcept
 {
     const LV2_URID midiEvent = Symbols::shared().midiEvent;
-    std::uint8_t output = 0;
+    std::size_t output = 0;
     for (EventBuffer *buffer : buffers_.midiOutputs()) {
-        buffer->forEach([&](const EventBuffer::Event &event) {
-            if (event.type == midiEvent && !event.bytes.empty())
-                exchange_.midiOutput.push({sampleTime + event.frame, output, event.bytes});
+        buffer->forEach([&](EventBuffer::Event event) {
+            if (event.type != midiEvent || event.bytes.empty())
+                return;
+            // A plug-in may stamp it with a frame that the run does not have.
+            event.frame = std::clamp<std::int64_t>(event.frame, 0, std::int64_t{frames} - 1);
+            takeMidi(output, event);
         });
         ++output;
     }
+}
+
+void Instance::emit(std::size_t output, std::int64_t sampleTime,
+                    std::span<const std::uint8_t> bytes) noexcept
+{
+    exchange_.midiOutput.push({sampleTime, static_cast<std::uint8_t>(output), bytes});
+}
+
+void Instance::checkBounds(bool outputsAreIntact) noexcept
+{
+    if (!outputsAreIntact && !std::exchange(toldOfBounds_, true))
+        exchange_.log.say("writes beyond its block");
+    if (!buffers_.eventsAreIntact() && !std::exchange(toldOfEvents_, true))
+        exchange_.log.say("writes beyond its room for events");
 }
 
 void Instance::holdAlways(const std::function<void()> &operation)

@@ -9,7 +9,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <span>
-#include <string_view>
 #include <utility>
 
 namespace platform::lv2
@@ -41,7 +40,7 @@ Log::Log(std::string pluginName) : name_(std::move(pluginName)), kept_(ringSize)
     feature_.printf = &Log::print;
     feature_.vprintf = [](LV2_Log_Handle handle, LV2_URID, const char *format,
                           std::va_list arguments) {
-        return static_cast<Log *>(handle)->say(format, arguments);
+        return static_cast<Log *>(handle)->sayFormatted(format, arguments);
     };
 }
 
@@ -49,12 +48,12 @@ int Log::print(LV2_Log_Handle handle, LV2_URID, const char *format, ...)
 {
     std::va_list arguments;
     va_start(arguments, format);
-    const int written = static_cast<Log *>(handle)->say(format, arguments);
+    const int written = static_cast<Log *>(handle)->sayFormatted(format, arguments);
     va_end(arguments);
     return written;
 }
 
-int Log::say(const char *format, std::va_list arguments)
+int Log::sayFormatted(const char *format, std::va_list arguments)
 {
     std::array<char, longestLine> buffer;
     const int wanted = std::vsnprintf(buffer.data(), buffer.size(), format, arguments);
@@ -64,11 +63,16 @@ int Log::say(const char *format, std::va_list arguments)
                           std::min(static_cast<std::size_t>(wanted), buffer.size() - 1));
     while (!line.empty() && line.back() == '\n')
         line.remove_suffix(1);
+    say(line);
+    return wanted;
+}
+
+void Log::say(std::string_view line)
+{
     if (!onAudioCallback)
         printError(fmt::format("{}: {}", name_, line));
     else if (!kept_.write(std::as_bytes(std::span(line.data(), line.size()))))
         lost_.fetch_add(1, std::memory_order_relaxed);
-    return wanted;
 }
 
 void Log::writeOut()

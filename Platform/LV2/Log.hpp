@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace platform::lv2
 {
@@ -19,6 +20,7 @@ namespace platform::lv2
 class Log
 {
 public:
+    /// A log whose lines begin with that name.
     explicit Log(std::string pluginName);
     Log(const Log &) = delete;
     Log &operator=(const Log &) = delete;
@@ -26,6 +28,11 @@ public:
     /// Writes what was said on the audio callback. One thread at a time.
     void writeOut();
 
+    /// Says a line under the plug-in's name, on the audio callback kept like those of
+    /// the plug-in itself.
+    void say(std::string_view line);
+
+    /// What the plug-in is handed; valid as long as this.
     LV2_Log_Log *feature() { return &feature_; }
 
     /// Marks the calling thread as the audio callback for its lifetime.
@@ -40,7 +47,7 @@ public:
 
 private:
     static int print(LV2_Log_Handle handle, LV2_URID type, const char *format, ...);
-    int say(const char *format, std::va_list arguments);
+    int sayFormatted(const char *format, std::va_list arguments);
 
     std::string name_;
     MessageRing kept_;

@@ -23,8 +23,8 @@ bool isWholeMidiMessage(std::span<const std::uint8_t> bytes) noexcept;
 class MidiInput
 {
 public:
-    static constexpr std::size_t slotCount = 256;
-    static constexpr std::size_t longestMessage = 1024;
+    static constexpr std::size_t slotCount = 256;       ///< messages that can wait
+    static constexpr std::size_t longestMessage = 1024; ///< in bytes
 
     MidiInput();
 

@@ -16,11 +16,13 @@ namespace platform::lv2
 class MidiOutput
 {
 public:
+    /// One message.
     struct Event {
         /// Frames since rendering began.
         std::int64_t sampleTime;
         /// Which of the plug-in's MIDI outputs, from 0.
         std::uint8_t output;
+        /// The message, valid until the next is asked for.
         std::span<const std::uint8_t> bytes;
     };
 

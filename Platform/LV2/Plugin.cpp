@@ -3,6 +3,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/LV2/Features.hpp"
 #include "Platform/LV2/SymbolTable.hpp"
+#include "Platform/LV2/TimePosition.hpp"
 #include "Platform/LV2/ViewFeatures.hpp"
 
 #include <fmt/format.h>
@@ -11,14 +12,17 @@
 #include <lv2/midi/midi.h>
 #include <lv2/options/options.h>
 #include <lv2/port-groups/port-groups.h>
+#include <lv2/port-props/port-props.h>
 #include <lv2/presets/presets.h>
 #include <lv2/resize-port/resize-port.h>
+#include <lv2/time/time.h>
 #include <lv2/ui/ui.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <mutex>
+#include <tuple>
 
 #include <dlfcn.h>
 
@@ -45,10 +49,6 @@ constexpr int largestMinimumSize = 64 * 1024 * 1024;
 
 std::string whyNotServed(const std::string &feature)
 {
-    if (feature == LV2_BUF_SIZE__fixedBlockLength)
-        return "it needs blocks of a fixed length";
-    if (feature == LV2_BUF_SIZE__powerOf2BlockLength)
-        return "it needs blocks whose length is a power of two";
     return fmt::format("it needs a feature that is not offered here, <{}>", feature);
 }
 
@@ -97,6 +97,7 @@ Plugin::Plugin(const std::string &uri, const std::vector<std::string> &bundles)
     const NodePointer name(lilv_plugin_get_name(plugin_));
     name_ = name ? lilv_node_as_string(name.get()) : uri;
     readPorts();
+    readRunLengths();
 }
 
 NodePointer Plugin::node(const char *uri) const
@@ -127,7 +128,14 @@ void Plugin::readPorts()
             throw PlatformError(fmt::format("{} describes no port {}.", name_, i));
         ports_.push_back(readPort(port));
         settleRange(ports_.back(), minima[i], maxima[i], defaults[i]);
+        // Bounds that nobody has named are not to be kept to.
+        ports_.back().hasStrictBounds &= std::isfinite(minima[i]) && std::isfinite(maxima[i]);
+        // Whoever plays through a plug-in wants to hear it.
+        if (ports_.back().isEnabling)
+            ports_.back().defaultValue =
+                std::clamp(1.0F, ports_.back().minimum, ports_.back().maximum);
     }
+    shareSizes();
 
     if (lilv_plugin_has_latency(plugin_)) {
         const std::uint32_t index = lilv_plugin_get_latency_port_index(plugin_);
@@ -163,27 +171,69 @@ Port Plugin::readPort(const LilvPort *port) const
 
     result.isOptional = has(LV2_CORE__connectionOptional);
     result.isScaledBySampleRate = has(LV2_CORE__sampleRate);
+    result.hasStrictBounds = has(LV2_PORT_PROPS__hasStrictBounds);
     result.hasMidi = result.kind == PortKind::atom &&
                      lilv_port_supports_event(plugin_, port, node(LV2_MIDI__MidiEvent).get());
+    result.takesTime = result.kind == PortKind::atom && result.isInput &&
+                       lilv_port_supports_event(plugin_, port, node(LV2_TIME__Position).get());
     result.isSideChain = result.kind == PortKind::audio && isSideChain(port, result.isInput);
+    readDesignations(port, result);
+    result.minimumSize = minimumSize(port);
+    return result;
+}
 
+void Plugin::readDesignations(const LilvPort *port, Port &result) const
+{
     const NodesPointer designations(
         lilv_port_get_value(plugin_, port, node(LV2_CORE__designation).get()));
     for (const std::string &designation : strings(designations)) {
         result.isControlDesignation |= designation == LV2_CORE__control;
         result.isFreeWheeling |= designation == LV2_CORE__freeWheeling;
+        result.isEnabling |= designation == LV2_CORE__enabled;
+        if (const auto quantity = timeQuantityOf(designation))
+            result.timeQuantity = quantity;
     }
+}
 
-    const NodePointer minimumSize(
+std::uint32_t Plugin::minimumSize(const LilvPort *port) const
+{
+    const NodePointer minimum(
         lilv_port_get(plugin_, port, node(LV2_RESIZE_PORT__minimumSize).get()));
-    if (minimumSize && lilv_node_is_int(minimumSize.get())) {
-        const int size = lilv_node_as_int(minimumSize.get());
-        if (size > largestMinimumSize)
-            throw PlatformError(
-                fmt::format("{} asks for a buffer of {} bytes for one of its ports.", name_, size));
-        result.minimumSize = static_cast<std::uint32_t>(std::max(size, 0));
+    if (!minimum || !lilv_node_is_int(minimum.get()))
+        return 0;
+    const int size = lilv_node_as_int(minimum.get());
+    if (size > largestMinimumSize)
+        throw PlatformError(
+            fmt::format("{} asks for a buffer of {} bytes for one of its ports.", name_, size));
+    return static_cast<std::uint32_t>(std::max(size, 0));
+}
+
+// What one port may hold, another that is to take it over must have room for.
+void Plugin::shareSizes()
+{
+    for (Port &port : ports_) {
+        const NodePointer example(lilv_port_get(plugin_,
+                                                lilv_plugin_get_port_by_index(plugin_, port.index),
+                                                node(LV2_RESIZE_PORT__asLargeAs).get()));
+        if (!example)
+            continue;
+        const auto isExample = [&](const Port &each) {
+            return each.symbol == lilv_node_as_string(example.get());
+        };
+        const auto found = std::find_if(ports_.begin(), ports_.end(), isExample);
+        if (found != ports_.end())
+            port.minimumSize = std::max(port.minimumSize, found->minimumSize);
     }
-    return result;
+}
+
+void Plugin::readRunLengths()
+{
+    const NodesPointer required(lilv_plugin_get_required_features(plugin_));
+    const auto isRequired = [&](const char *feature) {
+        return lilv_nodes_contains(required.get(), node(feature).get());
+    };
+    runLengths_.areFixed = isRequired(LV2_BUF_SIZE__fixedBlockLength);
+    runLengths_.arePowersOfTwo = isRequired(LV2_BUF_SIZE__powerOf2BlockLength);
 }
 
 bool Plugin::isSideChain(const LilvPort *port, bool isInput) const
@@ -235,18 +285,34 @@ const std::vector<Plugin::Preset> &Plugin::presets()
         return presets_;
     presetsAreLoaded_ = true;
     const NodesPointer found(lilv_plugin_get_related(plugin_, node(LV2_PRESETS__Preset).get()));
-    const NodePointer label = node(LILV_NS_RDFS "label");
     LILV_FOREACH(nodes, i, found.get())
     {
         const LilvNode *preset = lilv_nodes_get(found.get(), i);
         lilv_world_load_resource(world_.get(), preset);
-        const NodePointer name(lilv_world_get(world_.get(), preset, label.get(), nullptr));
-        const char *uri = lilv_node_as_string(preset);
-        presets_.push_back({uri, name ? lilv_node_as_string(name.get()) : uri});
+        presets_.push_back({lilv_node_as_string(preset), labelOf(preset), bankOf(preset)});
     }
-    std::sort(presets_.begin(), presets_.end(),
-              [](const Preset &left, const Preset &right) { return left.uri < right.uri; });
+    std::sort(presets_.begin(), presets_.end(), [](const Preset &left, const Preset &right) {
+        return std::tie(left.bank, left.uri) < std::tie(right.bank, right.uri);
+    });
     return presets_;
+}
+
+std::string Plugin::labelOf(const LilvNode *subject) const
+{
+    const NodePointer label(
+        lilv_world_get(world_.get(), subject, node(LILV_NS_RDFS "label").get(), nullptr));
+    return lilv_node_as_string(label ? label.get() : subject);
+}
+
+std::string Plugin::bankOf(const LilvNode *preset) const
+{
+    const NodePointer bank(
+        lilv_world_get(world_.get(), preset, node(LV2_PRESETS__bank).get(), nullptr));
+    if (!bank)
+        return {};
+    if (lilv_node_is_uri(bank.get()))
+        lilv_world_load_resource(world_.get(), bank.get());
+    return labelOf(bank.get());
 }
 
 StatePointer Plugin::loadState(const std::string &uri)

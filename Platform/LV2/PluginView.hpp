@@ -23,6 +23,7 @@ namespace platform::lv2
 class PluginView
 {
 public:
+    /// Where a view is to be.
     struct Place {
         /// The X window to be in.
         unsigned long window = 0;
@@ -47,6 +48,7 @@ public:
 
     /// Readable when there is something for `takeEvents`.
     int descriptor() const { return window_.descriptor(); }
+    /// Reads what X says of the view's window: its size, its end.
     void takeEvents() { window_.takeEvents(); }
 
     /// The view's size; none before it is known.

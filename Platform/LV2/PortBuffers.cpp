@@ -1,5 +1,7 @@
 #include "Platform/LV2/PortBuffers.hpp"
 
+#include "Platform/LV2/Symbols.hpp"
+
 #include <algorithm>
 #include <cmath>
 
@@ -16,9 +18,9 @@ constexpr std::uint32_t usualSequenceSize = 32768;
 
 PortBuffers::PortBuffers(const std::vector<Port> &ports, double sampleRate,
                          std::uint32_t maximumFrames)
-    : ports_(ports), owned_(ports.size(), nullptr), silence_(maximumFrames, 0.0F),
-      nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F), wanted_(ports.size()),
-      events_(ports.size(), nullptr)
+    : ports_(ports), sampleRate_(sampleRate), owned_(ports.size(), nullptr),
+      silence_(maximumFrames, 0.0F), nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F),
+      wanted_(ports.size()), events_(ports.size(), nullptr)
 {
     for (const Port &port : ports_) {
         switch (port.kind) {
@@ -27,7 +29,7 @@ PortBuffers::PortBuffers(const std::vector<Port> &ports, double sampleRate,
             addAudio(port);
             break;
         case PortKind::control:
-            addControl(port, sampleRate);
+            addControl(port);
             break;
         case PortKind::atom:
             addEvents(port);
@@ -42,20 +44,31 @@ void PortBuffers::addAudio(const Port &port)
 {
     if (port.kind == PortKind::audio && !port.isSideChain)
         (port.isInput ? inputs_ : outputs_).push_back({port.index, nullptr});
-    else if (port.isOptional)
-        return;
-    else if (port.isInput)
-        owned_[port.index] = silence_.data();
-    else
-        owned_[port.index] = discarded_.emplace_back(silence_.size(), 0.0F).data();
+    else if (!port.isOptional)
+        owned_[port.index] = valuesOf(port);
 }
 
-void PortBuffers::addControl(const Port &port, double sampleRate)
+float *PortBuffers::valuesOf(const Port &port)
 {
-    const float scale = port.isScaledBySampleRate ? static_cast<float>(sampleRate) : 1.0F;
-    values_[port.index] = port.isInput ? port.defaultValue * scale : 0.0F;
+    // A voltage that nobody applies is the one that the plug-in names, as a control is.
+    const bool hasValue = port.isInput && port.kind == PortKind::cv && port.defaultValue != 0.0F;
+    if (port.isInput && !hasValue)
+        return silence_.data();
+    return unheard_.emplace_back(silence_.size(), hasValue ? port.defaultValue : 0.0F).data();
+}
+
+float PortBuffers::scaleOf(const Port &port) const
+{
+    return port.isScaledBySampleRate ? static_cast<float>(sampleRate_) : 1.0F;
+}
+
+void PortBuffers::addControl(const Port &port)
+{
+    values_[port.index] = port.isInput ? port.defaultValue * scaleOf(port) : 0.0F;
     wanted_[port.index].store(values_[port.index], std::memory_order_relaxed);
     owned_[port.index] = &values_[port.index];
+    if (port.timeQuantity && port.isInput)
+        timeControls_.emplace_back(port.index, *port.timeQuantity);
     if (port.isLatency && !port.isInput)
         latency_ = &values_[port.index];
 }
@@ -69,6 +82,8 @@ void PortBuffers::addEvents(const Port &port)
         // The port that the plug-in names for control wins over the first.
         if (port.hasMidi && (!midiInput_ || port.isControlDesignation))
             midiInput_ = buffer.get();
+        if (port.takesTime)
+            timeInputs_.push_back(buffer.get());
         eventInputs_.push_back(std::move(buffer));
     } else {
         if (port.hasMidi)
@@ -126,8 +141,32 @@ void PortBuffers::prepareRun() noexcept
             values_[port.index] = wanted_[port.index].load(std::memory_order_relaxed);
 }
 
+void PortBuffers::tellPosition(const TimePosition &position, bool isNews) noexcept
+{
+    for (const auto &[port, quantity] : timeControls_) {
+        values_[port] = static_cast<float>(position.value(quantity));
+        wanted_[port].store(values_[port], std::memory_order_relaxed);
+    }
+    if (!isNews || timeInputs_.empty())
+        return;
+    TimePosition::Body body;
+    const auto object = position.write(body);
+    for (EventBuffer *const input : timeInputs_)
+        input->append(0, Symbols::shared().atomObject, object);
+}
+
+bool PortBuffers::eventsAreIntact() const noexcept
+{
+    const auto isIntact = [](const auto &buffer) { return buffer->isIntact(); };
+    return std::all_of(eventInputs_.begin(), eventInputs_.end(), isIntact) &&
+           std::all_of(eventOutputs_.begin(), eventOutputs_.end(), isIntact);
+}
+
 void PortBuffers::storeControl(std::uint32_t index, float value)
 {
+    const Port &port = ports_[index];
+    if (port.hasStrictBounds)
+        value = std::clamp(value, port.minimum * scaleOf(port), port.maximum * scaleOf(port));
     wanted_[index].store(value, std::memory_order_relaxed);
     controlsChanged_.store(true, std::memory_order_release);
 }
@@ -163,7 +202,8 @@ std::map<std::string, float> PortBuffers::controls() const
 {
     std::map<std::string, float> result;
     for (const Port &port : ports_)
-        if (port.kind == PortKind::control && port.isInput && !port.isFreeWheeling)
+        if (port.kind == PortKind::control && port.isInput && !port.isFreeWheeling &&
+            !port.timeQuantity)
             result.emplace(port.symbol, wanted_[port.index].load(std::memory_order_relaxed));
     return result;
 }

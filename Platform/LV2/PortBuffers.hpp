@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Realtime.hpp"
 #include "Platform/LV2/EventBuffer.hpp"
 #include "Platform/LV2/Port.hpp"
+#include "Platform/LV2/TimePosition.hpp"
 
 #include <lilv/lilv.h>
 
@@ -11,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform::lv2
@@ -21,9 +23,15 @@ namespace platform::lv2
 class PortBuffers
 {
 public:
+    /// Memory for all ports, with the controls at their default values.
     PortBuffers(const std::vector<Port> &ports, double sampleRate, std::uint32_t maximumFrames);
     PortBuffers(const PortBuffers &) = delete;
     PortBuffers &operator=(const PortBuffers &) = delete;
+
+    /// Audio inputs of the main signal.
+    std::size_t inputCount() const { return inputs_.size(); }
+    /// Audio outputs of the main signal.
+    std::size_t outputCount() const { return outputs_.size(); }
 
     /// The largest buffer of an atom port, in bytes.
     std::uint32_t sequenceSize() const;
@@ -36,6 +44,17 @@ public:
 
     /// Brings events and control values into the state they have before a run.
     REALTIME void prepareRun() noexcept;
+    /// Whether there are ports for what `tellPosition` tells.
+    REALTIME bool takesPosition() const noexcept
+    {
+        return !timeInputs_.empty() || !timeControls_.empty();
+    }
+    /// Tells the ports that are there for it where rendering stands; those for events
+    /// when it is news. After `prepareRun`, before other events.
+    REALTIME void tellPosition(const TimePosition &position, bool isNews) noexcept;
+
+    /// Whether the plug-in kept to its buffers for events.
+    REALTIME bool eventsAreIntact() const noexcept;
 
     /// Where MIDI goes in; null where the plug-in takes none.
     EventBuffer *midiInput() { return midiInput_; }
@@ -81,11 +100,14 @@ private:
     };
 
     void addAudio(const Port &port);
-    void addControl(const Port &port, double sampleRate);
+    void addControl(const Port &port);
+    float scaleOf(const Port &port) const;
     void addEvents(const Port &port);
+    float *valuesOf(const Port &port);
     void storeControl(std::uint32_t index, float value);
 
     const std::vector<Port> ports_;
+    const double sampleRate_;
     // The main audio ports and what each was last connected to.
     std::vector<Connection> inputs_;
     std::vector<Connection> outputs_;
@@ -94,7 +116,8 @@ private:
 
     std::vector<float> silence_;
     std::vector<float> nowhere_;
-    std::vector<std::vector<float>> discarded_;
+    // Of outputs that nobody hears, and inputs at their default values.
+    std::vector<std::vector<float>> unheard_;
 
     // `values_` belongs to the callback; others leave theirs in `wanted_`, where they
     // also find the outputs.
@@ -108,6 +131,9 @@ private:
     // By port; null where there is no atom port.
     std::vector<EventBuffer *> events_;
     EventBuffer *midiInput_ = nullptr;
+    std::vector<EventBuffer *> timeInputs_;
+    // Ports that are told one quantity of the position.
+    std::vector<std::pair<std::uint32_t, TimeQuantity>> timeControls_;
     std::vector<EventBuffer *> midiOutputs_;
 };
 

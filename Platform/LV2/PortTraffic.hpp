@@ -19,8 +19,9 @@ class PortBuffers;
 class PortTraffic
 {
 public:
+    /// What one port sent.
     struct Event {
-        std::uint32_t port;
+        std::uint32_t port; ///< its index
         /// With its body behind it.
         const LV2_Atom *atom;
     };
@@ -42,6 +43,7 @@ public:
 
     // The audio callback. --------------------------------------------------------
 
+    /// Whether there is a view that listens.
     REALTIME bool isWatched() const noexcept { return isWatched_.load(std::memory_order_relaxed); }
     /// Before a run: hands the plug-in what the view sent.
     REALTIME void deliver(PortBuffers &buffers) noexcept;

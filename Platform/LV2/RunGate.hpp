@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/AsymmetricFence.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
 #include <atomic>
@@ -16,12 +17,14 @@ public:
     /// `leave` must follow.
     REALTIME bool enter() noexcept
     {
-        inside_.store(true);
-        if (!closed_.load())
+        inside_.store(true, std::memory_order_relaxed);
+        foundation::lightFence();
+        if (!closed_.load(std::memory_order_acquire))
             return true;
         leave();
         return false;
     }
+    /// After `enter` answered true: the block is done.
     REALTIME void leave() noexcept { inside_.store(false, std::memory_order_release); }
 
     /// Closes the gate for its lifetime; made, the callback is outside. One at a
@@ -29,6 +32,7 @@ public:
     class Closure
     {
     public:
+        /// Closes the gate and waits for the block under way, if there is one.
         explicit Closure(RunGate &gate);
         ~Closure();
         Closure(const Closure &) = delete;
@@ -39,8 +43,8 @@ public:
     };
 
 private:
-    // Entering and closing take the sequentially consistent order: of a callback
-    // that enters and a closer, at least one sees the other.
+    // Each side stores its own, passes a fence and looks at the other's: of a
+    // callback that enters and a closer, at least one sees the other.
     std::atomic<bool> inside_{false};
     std::atomic<bool> closed_{false};
 };

@@ -22,9 +22,12 @@ public:
     ScratchFolder(const ScratchFolder &) = delete;
     ScratchFolder &operator=(const ScratchFolder &) = delete;
 
+    ///@{
+    /// What the plug-in is handed to save and restore its state; valid as long as this.
     LV2_State_Make_Path *makePathFeature() { return &makePath_; }
     LV2_State_Map_Path *mapPathFeature() { return &mapPath_; }
     LV2_State_Free_Path *freePathFeature() { return &freePath_; }
+    ///@}
 
 private:
     char *makePath(const char *path);

@@ -13,11 +13,12 @@ namespace platform::lv2
 /// A plug-in's settings at one moment, enough to bring another instance of it to
 /// the same: what it stored itself and the values of its control inputs.
 struct State {
+    /// A value that the plug-in stored itself.
     struct Property {
-        std::string type;
-        std::uint32_t flags = 0;
-        /// Bytes of any kind. A zero always stands behind them: plug-ins read texts to it,
-        /// also those that were stored without one.
+        std::string type;        ///< the URI of its type
+        std::uint32_t flags = 0; ///< as `LV2_State_Flags`
+        /// Its bytes, of any kind. A zero always stands behind them: plug-ins read texts
+        /// to it, also those that were stored without one.
         std::string value;
     };
 

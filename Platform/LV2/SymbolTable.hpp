@@ -40,8 +40,11 @@ public:
     REALTIME const char *unmap(LV2_URID symbol) const noexcept;
 
     /// The table as the features `urid:map` and `urid:unmap`.
+    ///@{
+    /// The table as the features `urid:map` and `urid:unmap`.
     LV2_URID_Map *mapFeature() { return &mapFeature_; }
     LV2_URID_Unmap *unmapFeature() { return &unmapFeature_; }
+    ///@}
 
 private:
     struct Symbol {

@@ -7,16 +7,21 @@ namespace platform::lv2
 
 /// Numbers that the host itself uses, looked up once.
 struct Symbols {
+    ///@{
+    /// The number of the URI of that name.
     LV2_URID atomChunk;
     LV2_URID atomDouble;
     LV2_URID atomFloat;
     LV2_URID atomInt;
     LV2_URID atomBool;
     LV2_URID atomLong;
+    LV2_URID atomObject;
     LV2_URID atomPath;
     LV2_URID atomSequence;
     LV2_URID atomString;
     LV2_URID midiEvent;
+    LV2_URID timePosition;
+    ///@}
 
     /// Any thread. The first call must not be on the audio callback.
     static const Symbols &shared();

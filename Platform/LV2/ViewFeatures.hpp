@@ -23,13 +23,14 @@ namespace platform::lv2
 class ViewFeatures
 {
 public:
+    /// What the view is told.
     struct Values {
         /// The X window that the view is to be in.
         unsigned long parent;
         /// Pixels a point.
         float scale;
-        float updateRate;
-        std::string title;
+        float updateRate;  ///< in Hz
+        std::string title; ///< of the window, should it have one of its own
         /// Gets the size in pixels that the view asks for.
         std::function<void(int width, int height)> resize;
     };
@@ -37,6 +38,7 @@ public:
     /// Whether a view may require the feature of this URI.
     static bool serves(std::string_view feature);
 
+    /// Features that are valid as long as the instance and the exchange are.
     ViewFeatures(const Plugin &plugin, const Instance &instance, Exchange &exchange, Values values);
     ViewFeatures(const ViewFeatures &) = delete;
     ViewFeatures &operator=(const ViewFeatures &) = delete;

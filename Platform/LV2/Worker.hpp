@@ -21,6 +21,8 @@ namespace platform::lv2
 class Worker
 {
 public:
+    /// A worker that does its work in place while `offline`, and starts a thread
+    /// otherwise.
     explicit Worker(bool offline);
     /// Ends the thread.
     ~Worker();

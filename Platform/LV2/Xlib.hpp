@@ -9,6 +9,8 @@ namespace platform::lv2
 /// The functions of Xlib that are used here, loaded with the first view: an effect
 /// without one starts faster.
 struct Xlib {
+    ///@{
+    /// The function of Xlib of that name.
     decltype(&XOpenDisplay) openDisplay;
     decltype(&XCloseDisplay) closeDisplay;
     decltype(&XSetErrorHandler) setErrorHandler;
@@ -26,6 +28,7 @@ struct Xlib {
     decltype(&XFlush) flush;
     decltype(&XSync) sync;
     decltype(&XFree) free;
+    ///@}
 
     /// A `PlatformError` when it is not there.
     static const Xlib &shared();

@@ -1,5 +1,7 @@
 #include "Platform/Web View/WebKitPage.hpp"
 
+#include "Platform/Interface/StackPages.hpp"
+
 #include <array>
 #include <string_view>
 
@@ -28,10 +30,23 @@ WebKitNetworkSession *session()
     return shared.get();
 }
 
+/// Pages are drawn without OpenGL, as the program around them: starting it where there
+/// is no graphics card takes longer than all the rest of showing the manual.
+WebKitSettings *settings()
+{
+    static const GObjectHandle<WebKitSettings> shared = [] {
+        GObjectHandle<WebKitSettings> made(webkit_settings_new());
+        webkit_settings_set_hardware_acceleration_policy(made.get(),
+                                                         WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+        return made;
+    }();
+    return shared.get();
+}
+
 GObjectHandle<WebKitWebView> makeView()
 {
-    return takeFloating<WebKitWebView>(
-        g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session(), nullptr));
+    return takeFloating<WebKitWebView>(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session",
+                                                    session(), "settings", settings(), nullptr));
 }
 
 const char *uriOf(WebKitNavigationAction *action)
@@ -75,18 +90,19 @@ gboolean trimMenu(WebKitWebView * /*view*/, WebKitContextMenu *menu,
 } // namespace
 
 WebKitPage::WebKitPage(WebPageObserver &observer)
-    : observer_(observer), view_(makeView()), message_(makeMessage()),
-      places_(takeFloating<GtkStack>(gtk_stack_new()))
+    : observer_(observer), view_(makeView()), cover_(GTK_WIDGET(view_.get())),
+      message_(makeMessage()), places_(takeFloating<GtkStack>(gtk_stack_new()))
 {
-    gtk_stack_add_child(places_.get(), GTK_WIDGET(view_.get()));
+    gtk_stack_add_child(places_.get(), cover_.widget());
     gtk_stack_add_child(places_.get(), message_);
+    showPageOf(places_.get(), cover_.widget());
     connectSignals();
 }
 
 WebKitPage::~WebKitPage()
 {
     g_signal_handlers_disconnect_by_data(view_.get(), this);
-    gtk_stack_remove(places_.get(), GTK_WIDGET(view_.get()));
+    gtk_stack_remove(places_.get(), cover_.widget());
     gtk_stack_remove(places_.get(), message_);
 }
 
@@ -107,8 +123,7 @@ void WebKitPage::connectSignals()
         this);
     g_signal_connect(view_.get(), "load-changed",
                      G_CALLBACK(+[](WebKitWebView *, WebKitLoadEvent event, gpointer self) {
-                         if (event == WEBKIT_LOAD_FINISHED)
-                             static_cast<WebKitPage *>(self)->observer_.didFinish();
+                         static_cast<WebKitPage *>(self)->didChange(event);
                      }),
                      this);
     g_signal_connect(
@@ -151,8 +166,6 @@ GtkWidget *WebKitPage::makeMessage()
     gtk_widget_add_css_class(GTK_WIDGET(messageTitle_), "title");
     GtkWidget *button = gtk_button_new_with_mnemonic("_Load Again");
     gtk_widget_set_halign(button, GTK_ALIGN_CENTER);
-    gtk_accessible_update_property(GTK_ACCESSIBLE(button), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                   "Load Again", -1);
     g_signal_connect_swapped(button, "clicked", G_CALLBACK(+[](gpointer data) {
                                  auto *self = static_cast<WebKitPage *>(data);
                                  self->load(self->uriToLoadAgain_.c_str());
@@ -162,19 +175,30 @@ GtkWidget *WebKitPage::makeMessage()
     return box;
 }
 
-void WebKitPage::showPage()
+void WebKitPage::awaitPage()
 {
-    gtk_stack_set_visible_child(places_.get(), GTK_WIDGET(view_.get()));
+    cover_.show();
+    showPageOf(places_.get(), cover_.widget());
+}
+
+void WebKitPage::didChange(WebKitLoadEvent event)
+{
+    // From here on the page shows itself what there is of it.
+    if (event == WEBKIT_LOAD_COMMITTED || event == WEBKIT_LOAD_FINISHED)
+        cover_.hide();
+    if (event == WEBKIT_LOAD_FINISHED)
+        observer_.didFinish();
 }
 
 void WebKitPage::showMessage(const char *title, const char *detail, const char *uri)
 {
+    cover_.hide();
     uriToLoadAgain_ = uri ? uri : "";
     gtk_label_set_text(messageTitle_, title);
     gtk_label_set_text(messageDetail_, detail);
     gtk_widget_set_visible(GTK_WIDGET(messageDetail_), *detail != '\0');
     // The stack hands the keyboard on to the message.
-    gtk_stack_set_visible_child(places_.get(), message_);
+    showPageOf(places_.get(), message_);
 }
 
 gboolean WebKitPage::didFail(const char *uri, const GError *error)
@@ -217,13 +241,13 @@ void WebKitPage::decideResponse(WebKitPolicyDecision *decision)
 
 void WebKitPage::load(const char *uri) noexcept
 {
-    showPage();
+    awaitPage();
     webkit_web_view_load_uri(view_.get(), uri);
 }
 
 void WebKitPage::loadText(const char *html, const char *baseURI) noexcept
 {
-    showPage();
+    awaitPage();
     webkit_web_view_load_html(view_.get(), html, baseURI);
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Interface/WebPage.hpp"
 #include "Platform/Web View/GObjectHandle.hpp"
+#include "Platform/Web View/LoadingCover.hpp"
 #include "Platform/Web View/OpenQuestions.hpp"
 
 #include <gtk/gtk.h>
@@ -31,7 +32,9 @@ public:
 private:
     void connectSignals();
     GtkWidget *makeMessage();
-    void showPage();
+    /// Brings the page up for something new that is about to be loaded.
+    void awaitPage();
+    void didChange(WebKitLoadEvent event);
     void showMessage(const char *title, const char *detail, const char *uri);
     gboolean didFail(const char *uri, const GError *error);
     gboolean decide(WebKitPolicyDecision *decision, WebKitPolicyDecisionType type);
@@ -39,12 +42,13 @@ private:
 
     WebPageObserver &observer_;
     GObjectHandle<WebKitWebView> view_;
+    LoadingCover cover_;
     GtkLabel *messageTitle_ = nullptr;
     GtkLabel *messageDetail_ = nullptr;
     GtkWidget *message_;
     /// What the message offers to load.
     std::string uriToLoadAgain_;
-    /// Holds view and message, one of them seen.
+    /// Holds the view with its cover and the message, one of them seen.
     GObjectHandle<GtkStack> places_;
     std::shared_ptr<OpenQuestions> questions_ = std::make_shared<OpenQuestions>();
 };

@@ -1,3 +1,5 @@
+#include "Platform/Web View/Sandbox.hpp"
+#include "Platform/Web View/SandboxNotes.hpp"
 #include "Platform/Web View/WebKitPage.hpp"
 
 #include <memory>
@@ -7,5 +9,8 @@ extern "C" [[gnu::visibility("default")]] void
 parvaneMakeWebPage(platform::interface::WebPageObserver &observer,
                    std::unique_ptr<platform::interface::WebPage> &page) noexcept
 {
+    if (!platform::interface::canSandbox())
+        return;
+    platform::interface::removeSandboxNotesAtTheEnd();
     page = std::make_unique<platform::interface::WebKitPage>(observer);
 }

@@ -296,6 +296,34 @@ TEST_F(AnimationSequencerTest, SeekKeepsRunningAnimators)
     sequencer->stop();
 }
 
+/// Takes everything off a timeline when it is stopped.
+class Clearing : public Animator
+{
+public:
+    void stop() override
+    {
+        Animator::stop();
+        timeline->removeAll();
+    }
+
+    AnimationSequencer *timeline = nullptr;
+};
+
+TEST_F(AnimationSequencerTest, SeekGoesOnOverAnimatorsThatAStopTakesOffTheTimeline)
+{
+    const auto clearing = Animator::create<Clearing>(0, 1, 4);
+    clearing->timeline = sequencer.get();
+    sequencer->add(clearing, 0);
+    const auto before = place("A", 4, 2);
+    const auto after = place("B", 4, 5);
+    after->stop();
+    sequencer->seek(3);
+    EXPECT_TRUE(before->isFinished());
+    EXPECT_FALSE(after->isFinished()) << "rewound, since it started later";
+    EXPECT_EQ(sequencer->getCurrentIndex(), 2);
+    EXPECT_EQ(sequencer->getCount(), 0);
+}
+
 TEST_F(AnimationSequencerTest, ARemovedAnimatorGoesOnRunning)
 {
     const auto a = place("A", 2, 1);

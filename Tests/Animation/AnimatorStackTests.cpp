@@ -302,6 +302,36 @@ TEST_F(AnimatorStackTest, ATickWithinATickStepsAllOnceMore)
     EXPECT_THAT(stack->getItems(), ElementsAre(b));
 }
 
+TEST_F(AnimatorStackTest, TakesAnAnimatorOfSeveralStacksOutOfTheOneThatEndsIt)
+{
+    const auto shared = makeAnimator("A", 1);
+    const auto other = std::make_shared<AnimatorStack>();
+    other->add(shared);
+    stack->add(makeAnimator("B", 5));
+    stack->add(shared);
+    stack->animate();
+    stack->animate();
+    EXPECT_EQ(heard(), (Notes{"B 0.0", "A 0.0", "B 1.0", "A end 1.0", "removed, left 1"}));
+    EXPECT_THAT(other->getItems(), ElementsAre(shared));
+}
+
+TEST_F(AnimatorStackTest, HoldsAnAnimatorAnyNumberOfTimes)
+{
+    constexpr std::int64_t entries = 100'000;
+    const auto animator = makeAnimator("A", 0);
+    for (std::int64_t i = 0; i < entries; ++i)
+        stack->add(animator);
+    stack->animate();
+    EXPECT_EQ(heard(), (Notes{"A end 0.0", "removed, left 99999"}));
+    stack->stop();
+    const auto last = makeAnimator("B", 5);
+    animator->setup(0, 1, 0);
+    for (const auto &item : {animator, last, animator})
+        stack->add(item);
+    stack->animate();
+    EXPECT_THAT(stack->getItems(), ElementsAre(last, animator));
+}
+
 TEST_F(AnimatorStackTest, StartedTwiceIsDrivenByBothTimers)
 {
     stack->add(makeAnimator("A", 9));

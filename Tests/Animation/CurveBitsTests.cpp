@@ -32,14 +32,20 @@ private:
     std::uint64_t sum_ = 0xCBF29CE484222325;
 };
 
-std::uint64_t checksumOf(std::int64_t type)
+/// Might have curves of its own, and is stepped accordingly.
+class DerivedAnimator : public Animator
+{
+};
+
+template <typename Kind>
+std::uint64_t checksumOf(std::size_t type)
 {
     struct Run {
         float source;
         float amount;
     };
-    Animator animator;
-    animator.setType(easingFromRawValue(type).value());
+    Kind animator;
+    animator.setType(easingFromRawValue(static_cast<std::int64_t>(type)).value());
     Checksum sum;
     for (const std::int64_t frames : {1, 2, 3, 5, 24, 60, 101, 1000}) {
         for (const Run run : {Run{0, 1}, Run{10, -4.7F}, Run{-0.3F, 1000.3F}}) {
@@ -70,9 +76,14 @@ constexpr std::array<std::uint64_t, 42> checksums{
 TEST(CurveBits, AreTheSameInEveryBuild)
 {
     for (std::size_t type = 0; type < checksums.size(); ++type)
-        EXPECT_EQ(checksumOf(static_cast<std::int64_t>(type)), checksums[type])
-            << "curve " << type << ": 0x" << std::hex
-            << checksumOf(static_cast<std::int64_t>(type));
+        EXPECT_EQ(checksumOf<Animator>(type), checksums[type])
+            << "curve " << type << ": 0x" << std::hex << checksumOf<Animator>(type);
+}
+
+TEST(CurveBits, AreTheSameInADerivedClass)
+{
+    for (std::size_t type = 0; type < checksums.size(); ++type)
+        EXPECT_EQ(checksumOf<DerivedAnimator>(type), checksums[type]) << "curve " << type;
 }
 
 } // namespace

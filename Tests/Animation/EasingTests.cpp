@@ -246,6 +246,24 @@ TEST(EasingCurves, AnAnimatorSelectsTheOverride)
     EXPECT_EQ(selected(OwnComposites(), EASING_easeOutInBack), 8);
 }
 
+/// Selects its curve before the class that overrides it has been constructed.
+class SetUpByItself : public Animator
+{
+public:
+    SetUpByItself() { Animator::setup(0, 10, 10, 0.01F, EASING_easeInBack); }
+};
+class OverridingLater : public SetUpByItself
+{
+public:
+    float easeInBack(std::int64_t, float, float, std::int64_t) const override { return 3; }
+};
+
+TEST(EasingCurves, AnOverrideCountsForACurveSelectedDuringConstruction)
+{
+    OverridingLater animator;
+    EXPECT_EQ(Inspection::curve(animator, 1, 0, 10, 10), 3);
+}
+
 class EasingDeathTest : public ::testing::Test
 {
 protected:

@@ -7,9 +7,9 @@
 // is no view. Ends with 0 when every view went through all of it and nothing was left
 // behind, and every URI has one.
 
-#include "Platform/Audio/AVAudioUnitComponentManager.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
+#include "Tests/Conformance/ChosenComponents.hpp"
 #include "Tests/Platform/Effect View/ShownView.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 
@@ -157,11 +157,8 @@ int main(int argc, char *argv[])
     int views = 0;
     int fine = 0;
     print("plug-in\tverdict\tsize\tafter resizing\tms to open\tcolours");
-    for (const auto &component : AVAudioUnitComponentManager::shared().components({})) {
+    for (const auto &component : conformance::chosenComponents(order.plugins)) {
         const std::string &uri = component.pluginURI();
-        const auto &wanted = order.plugins;
-        if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), uri) == wanted.end())
-            continue;
         const Finding finding = check(component, order);
         if (finding.verdict == "no view")
             continue;

@@ -38,6 +38,8 @@ class Help(EndToEndTest):
         wait_until(lambda: not any(os.path.exists(f"/proc/{pid}") for pid in processes),
                    "end of the processes")
         self.check_faults(program)
+        notes = [str(path) for path in self.installation.runtime.glob(".flatpak/*")]
+        self.assertEqual(notes, [], "The sandbox's notes are still there.")
 
     def test_shows_the_manual_while_it_plays(self):
         program = self.start()

@@ -24,12 +24,15 @@ DISK_DRIVER = re.compile(r"CRITICAL: +(You are using the SDL disk|Writing to fil
 
 
 class Display:
-    """An X server of its own, as `with Display():`."""
+    """An X server of its own, as `with Display("1280x800"):`."""
+
+    def __init__(self, size):
+        self.size = size
 
     def __enter__(self):
         reader, writer = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x800x24",
+            ["Xvfb", "-displayfd", str(writer), "-screen", "0", self.size + "x24",
              "-nolisten", "tcp", "-noreset"],
             pass_fds=[writer], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writer)
@@ -106,15 +109,19 @@ class Installation:
         (self.resources / "manual.pdf").write_bytes(document)
 
     def recording(self):
-        """What reached the disk driver: samples of all channels, in turn."""
-        samples = array.array("f")
-        content = (self.root / "recording.raw").read_bytes()
-        samples.frombytes(content[:len(content) // 4 * 4])
-        return samples
+        return recording(self.root)
 
     def run(self, lv2_path, **environment):
         """Starts the program; a variable of the environment that is None is unset."""
         return Program(self, lv2_path, environment)
+
+
+def recording(folder):
+    """What reached the disk driver: samples of all channels, in turn."""
+    samples = array.array("f")
+    content = (folder / "recording.raw").read_bytes()
+    samples.frombytes(content[:len(content) // 4 * 4])
+    return samples
 
 
 class Program:
@@ -251,6 +258,17 @@ class Program:
             return found[0] if found else None
         return wait_until(search, "a window")
 
+    def view_window(self):
+        """The X window that the effect draws its view in; None while none is seen."""
+        tree = output_of("xwininfo", "-tree", "-id", self.window())
+        inside = re.findall(r"^( +)(0x[0-9a-f]+) .*  \+-?\d+\+-?\d+$", tree, re.MULTILINE)
+        depth, deepest = max(((len(indent), number) for indent, number in inside),
+                             default=(0, None))
+        # Around it are the frame's two windows.
+        if depth < 11 or "IsViewable" not in output_of("xwininfo", "-id", deepest):
+            return None
+        return deepest
+
     def type(self, keys):
         """Types a combination of keys with the window in focus."""
         window = self.window()
@@ -266,8 +284,11 @@ class Program:
         def search(node):
             # A page whose process has died leaves dead branches behind.
             with contextlib.suppress(Exception):
-                if (node.getRole() == getattr(pyatspi, role) and node.name == name and
-                        node.getState().contains(pyatspi.STATE_VISIBLE)):
+                # What is inside something hidden is nothing to anybody.
+                if (node.getRole() != pyatspi.ROLE_APPLICATION and
+                        not node.getState().contains(pyatspi.STATE_VISIBLE)):
+                    return None
+                if node.getRole() == getattr(pyatspi, role) and node.name == name:
                     return node
                 for index in range(node.childCount):
                     found = search(node.getChildAtIndex(index))
@@ -280,6 +301,23 @@ class Program:
                 if application and application.get_process_id() == self.process.pid:
                     return search(application)
         return None
+
+
+def output_of(*command):
+    """What a command prints, also when it fails."""
+    return subprocess.run(command, capture_output=True, text=True, check=False).stdout
+
+
+class Extent:
+    """Where an X window is on the screen, in pixels."""
+
+    def __init__(self, window):
+        text = output_of("xwininfo", "-id", window)
+        self.left, self.top, self.width, self.height = (
+            int(re.search(rf"{name}: +(-?\d+)", text).group(1))
+            for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+        self.right = self.left + self.width
+        self.bottom = self.top + self.height
 
 
 def wait_until(ask, what):
@@ -299,11 +337,12 @@ class EndToEndTest(unittest.TestCase):
     build folder in the environment."""
     maxDiff = None
     loop_seconds = 0.5
+    screen_size = "1280x800"
 
     def setUp(self):
         build = pathlib.Path(os.environ["PARVANE_BUILD"])
         self.effects = build / "lib" / "lv2"
-        self.enterContext(Display())
+        self.enterContext(Display(self.screen_size))
         self.installation = self.enterContext(
             Installation(build, self.loop_seconds))
 

@@ -26,6 +26,7 @@ public:
 
     float gain = 2.0F;
     std::function<bool(const AURenderBlock &)> onRender; ///< instead of the gain
+    std::atomic<double> delay{0.0};                      ///< seconds, as it reports it
     std::string refusal; ///< not empty: why render resources are refused
     std::vector<std::string> midiOutputs;
     std::optional<std::vector<std::shared_ptr<AUAudioUnitPreset>>> knownPresets;
@@ -71,7 +72,7 @@ public:
     void deallocateRenderResources() override { allocated_ = false; }
     bool renderResourcesAllocated() const override { return allocated_; }
     void setRenderingOffline(bool value) override { offline = value; }
-    double latency() const override { return 0; }
+    double latency() const override { return delay; }
     bool scheduleMIDIEvent(std::uint32_t /*frameOffset*/, const std::uint8_t * /*bytes*/,
                            std::size_t /*length*/) override
     {

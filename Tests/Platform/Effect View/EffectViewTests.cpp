@@ -20,10 +20,14 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 using Phase = test::ShownView::Phase;
 using testing::HasSubstr;
@@ -33,11 +37,28 @@ namespace
 
 constexpr int windowWidth = 640;
 constexpr int windowHeight = 480;
+constexpr std::size_t mebibyte = 1024 * 1024;
 
 std::size_t openFiles()
 {
     const std::filesystem::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+std::size_t childProcesses()
+{
+    std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
+    return static_cast<std::size_t>(std::distance(std::istream_iterator<pid_t>(children), {}));
+}
+
+/// In bytes.
+std::size_t residentMemory()
+{
+    std::ifstream status("/proc/self/statm");
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    status >> all >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 /// The first widget of that kind, at any depth, for which `is` holds.
@@ -444,4 +465,48 @@ TEST_F(EffectViewTest, LeavesNothingBehind)
     }
     EXPECT_LE(openFiles(), filesBefore);
     EXPECT_LE(outside.descendants(outside.root()).size(), windowsBefore);
+}
+
+TEST_F(EffectViewTest, LeavesNothingBehindHoweverOftenTheEffectDies)
+{
+    constexpr int rounds = 100;
+    constexpr int warmUp = 20;
+    RemoteAudioUnit::Limits limits;
+    limits.faults.faults = 0; // it is always started again
+    start("fixed", limits);
+    const test::XWindows outside;
+    std::size_t filesBefore = 0;
+    std::size_t windowsBefore = 0;
+    std::size_t processesBefore = 0;
+    std::size_t memoryBefore = 0;
+    for (int round = 0; round < rounds; ++round) {
+        shown.emplace(*unit, windowWidth, windowHeight);
+        // The death of the last round may be noticed only now.
+        ASSERT_TRUE(shown->waitUntil([&] { return shown->phase() == Phase::open; })) << round;
+        // In turn while it is open and while it is being closed.
+        const pid_t effect = unit->process().processIdentifier();
+        if (round % 10 == 4)
+            ::kill(effect, SIGKILL);
+        shown->close();
+        if (round % 10 == 9)
+            ::kill(effect, SIGKILL);
+        ASSERT_TRUE(shown->waitUntil([&] { return shown->phase() == Phase::closed; })) << round;
+        shown.reset();
+        test::drainMainQueue();
+        ASSERT_TRUE(waitFor([&] { return unit->process().isUp(); })) << round;
+        if (round == warmUp) {
+            filesBefore = openFiles();
+            windowsBefore = outside.descendants(outside.root()).size();
+            processesBefore = childProcesses();
+            memoryBefore = residentMemory();
+        }
+    }
+    EXPECT_LE(openFiles(), filesBefore);
+    EXPECT_TRUE(
+        waitFor([&] { return outside.descendants(outside.root()).size() <= windowsBefore; }));
+    EXPECT_LE(childProcesses(), processesBefore);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // A sanitizer keeps what was freed.
+    EXPECT_LE(residentMemory(), memoryBefore + mebibyte);
+#endif
 }

@@ -1,6 +1,7 @@
 #include "Platform/Foundation/Callback.hpp"
 #include "Platform/Foundation/CheckedArithmetic.hpp"
 #include "Platform/Foundation/Description.hpp"
+#include "Platform/Foundation/ElementAt.hpp"
 #include "Platform/Foundation/FatalError.hpp"
 #include "Platform/Foundation/NSTimer.hpp"
 #include "Platform/Foundation/Print.hpp"
@@ -363,6 +364,17 @@ TEST(Unwrap, AnswersTheValue)
     const auto pointer = std::make_shared<int>(4);
     EXPECT_EQ(&unwrap(pointer), pointer.get());
     EXPECT_EQ(&unwrapImplicitly(pointer), pointer.get());
+}
+
+TEST(ElementAt, AnswersTheElement)
+{
+    EXPECT_EQ(elementAt(std::vector{3, 4}, 1), 4);
+}
+
+TEST_F(BaseDeathTest, AnElementThatIsNotThereIsFatal)
+{
+    EXPECT_DEATH(elementAt(std::vector{3, 4}, 2), "^Fatal error: Index out of range\n");
+    EXPECT_DEATH(elementAt(std::vector<int>(), 0), "^Fatal error: Index out of range\n");
 }
 
 TEST_F(BaseDeathTest, AbsentValuesAreFatal)

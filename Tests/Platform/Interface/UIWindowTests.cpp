@@ -76,6 +76,48 @@ TEST_F(UIWindowTest, ReplacesTheScreenWhileShown)
     EXPECT_EQ(controller->view()->widget().get().get_root(), nullptr);
 }
 
+TEST_F(UIWindowTest, ShowsTheSameScreenAgainWhenItWasHidden)
+{
+    showController();
+    gtkWindow().set_visible(false);
+    window->makeKeyAndVisible();
+    const Gtk::Widget &page = controller->view()->widget().get();
+    EXPECT_TRUE(RunLoop::main().runUntil([&] { return page.get_mapped(); }, patience));
+    window->setRootViewController(controller);
+    EXPECT_TRUE(page.get_mapped());
+}
+
+TEST_F(UIWindowTest, LetsGoOfTheFormerScreen)
+{
+    const auto goes = [&](const std::function<void()> &happens) {
+        controller = makeController();
+        showController();
+        happens();
+        const std::weak_ptr view = controller->view();
+        const std::weak_ptr formerController = controller;
+        window->setRootViewController(nullptr);
+        controller.reset();
+        return RunLoop::main().runUntil(
+            [&] { return view.expired() && formerController.expired(); }, patience);
+    };
+    EXPECT_TRUE(goes([] {}));
+    EXPECT_TRUE(goes([&] {
+        controller->view()->setHidden(true);
+        controller->view()->setHidden(false);
+    }));
+    EXPECT_TRUE(goes([&] { controller->view()->setHidden(true); }));
+    EXPECT_TRUE(goes([&] { controller->present(makeController(), true); }));
+    EXPECT_TRUE(goes([&] {
+        controller->present(makeController(), false);
+        controller->dismiss(true);
+    }));
+    EXPECT_TRUE(goes([&] {
+        gtkWindow().set_visible(false);
+        window->makeKeyAndVisible();
+    }));
+    EXPECT_TRUE(goes([&] { gtkWindow().set_visible(false); }));
+}
+
 TEST_F(UIWindowTest, CallsItsHandlerWhenItIsClosed)
 {
     int closed = 0;

@@ -146,6 +146,47 @@ TEST(Instance, KeepsWhatIsLoggedInARunUntilItIsAskedFor)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Test Curious: a block of 4 frames\n");
 }
 
+TEST(Instance, SaysOnceWhenThePluginWritesBeyondItsRoom)
+{
+    const auto said = [](const std::string &uri, const std::string &bundle) {
+        Instance::Settings settings;
+        settings.checksBounds = true;
+        HeldPlugin held(uri, ownBundle(bundle), settings);
+        for (const std::uint32_t frames : {16U, 1U, 1024U}) {
+            const auto rendered = held.run(frames, 1);
+            // Its own block is what it was.
+            EXPECT_EQ(rendered, std::vector<float>(frames, 0.0F));
+        }
+        testing::internal::CaptureStderr();
+        held.exchange.log.writeOut();
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(said("urn:test:rude:overrun", "rude"), "Test Overrun: writes beyond its block\n");
+    EXPECT_EQ(said("urn:test:rude:event-overrun", "rude"),
+              "Test Event Overrun: writes beyond its room for events\n");
+    EXPECT_EQ(said("urn:test:mono", "amplifier"), "");
+    EXPECT_EQ(said("urn:test:rude:torrent", "rude"), "");
+}
+
+TEST(Instance, TakesNoValuesBeyondStrictBounds)
+{
+    HeldPlugin held("urn:test:surroundings", ownBundle("surroundings"));
+    constexpr std::size_t strictPort = 13;
+    held.instance.setControl("strict", 99.0F);
+    EXPECT_EQ(held.run(32)[strictPort], 3.0F);
+    held.instance.setControl("strict", -99.0F);
+    EXPECT_EQ(held.run(32)[strictPort], 1.0F);
+    held.instance.setControl("strict", 1.5F);
+    EXPECT_EQ(held.run(32)[strictPort], 1.5F);
+}
+
+TEST(Instance, DoesNotKeepWhatTheHostSetsItself)
+{
+    const HeldPlugin held("urn:test:surroundings", ownBundle("surroundings"));
+    EXPECT_THAT(held.instance.controls(),
+                ElementsAre(testing::Pair("enabled", 1.0F), testing::Pair("strict", 2.0F)));
+}
+
 TEST(Instance, EchoesMidiAtItsFrames)
 {
     HeldPlugin held("urn:test:midi:echo", ownBundle("midi"));

@@ -67,7 +67,4 @@ TEST(Plugin, SaysWhatIsWrong)
                 HasSubstr("cannot be loaded"));
     EXPECT_THAT(whatFails("urn:test:unknown-feature", "unknown-feature"),
                 HasSubstr("<urn:test:no-such-feature>"));
-    EXPECT_THAT(whatFails("urn:test:fixed-block", "fixed-block"),
-                HasSubstr("blocks of a fixed length"));
-    EXPECT_THAT(whatFails("urn:test:power-of-two", "power-of-two"), HasSubstr("power of two"));
 }

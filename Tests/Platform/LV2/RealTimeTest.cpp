@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 
 namespace
@@ -61,11 +62,41 @@ TEST_F(RealTime, RunNeitherAllocatesNorLocksNorEntersTheKernel)
          {Case{"urn:test:amplifier", "amplifier", 2, 2}, Case{"urn:test:midi:echo", "midi", 0, 0},
           Case{"urn:test:midi:flood", "midi", 0, 0}, Case{"urn:test:everything", "ports", 1, 1},
           Case{"urn:test:delay", "ports", 1, 1}, Case{"urn:test:curious", "ports", 0, 1},
-          Case{"urn:test:worker", "worker", 0, 1}}) {
+          Case{"urn:test:worker", "worker", 0, 1},
+          Case{"urn:test:surroundings", "surroundings", 0, 1},
+          Case{"urn:test:blocks:power", "blocks", 1, 1},
+          Case{"urn:test:blocks:fixed", "blocks", 1, 1},
+          Case{"urn:test:rude:torrent", "rude", 1, 1}}) {
         HeldPlugin held(each.uri, ownBundle(each.bundle));
         held.instance.setControl("requests", 5.0F);
         EXPECT_EQ(forbiddenCallsOf(held, each.inputs, each.outputs), RealtimeProbe::Counts{})
             << each.uri;
+    }
+}
+
+TEST_F(RealTime, RunIsAsQuietWhileAViewWatchesThePorts)
+{
+    for (const char *uri : {"urn:test:midi:echo", "urn:test:midi:flood"}) {
+        HeldPlugin held(uri, ownBundle("midi"));
+        auto &traffic = held.instance.traffic();
+        traffic.setWatched(true);
+        const auto ports = held.plugin.ports();
+        const auto input = std::find_if(ports.begin(), ports.end(), [](const auto &port) {
+            return port.kind == platform::lv2::PortKind::atom && port.isInput;
+        });
+        ASSERT_NE(input, ports.end());
+        const LV2_Atom word{0, platform::lv2::SymbolTable::shared().map("urn:test:word")};
+        RealtimeProbe::Counts counts;
+        std::size_t told = 0;
+        for (int round = 0; round < 50; ++round) {
+            EXPECT_TRUE(traffic.send(input->index, word));
+            // The view may be slow: what finds no room is lost, not waited for.
+            counts += forbiddenCallsOf(held, 0, 0);
+            while (traffic.next())
+                ++told;
+        }
+        EXPECT_EQ(counts, RealtimeProbe::Counts{}) << uri;
+        EXPECT_GT(told, 0U) << uri;
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Platform/Interface/WKWebView.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/ShownScreen.hpp"
+#include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/HTTPServer.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 #include "Tests/Utilities/PDFDocument.hpp"
@@ -11,11 +12,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <set>
+#include <stdexcept>
+#include <string>
 
 using test::HTTPServer;
 using test::PlainScreen;
@@ -24,6 +31,7 @@ using test::ShownScreen;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::IsSubsetOf;
 using ::testing::Not;
 
 namespace
@@ -81,6 +89,56 @@ std::string page(const std::string &title, const std::string &body = "")
 {
     return "<!DOCTYPE html><title>" + title + "</title>" + body;
 }
+
+/// A server on 127.0.0.1 whose certificate nobody has vouched for.
+class UnprovenServer
+{
+public:
+    UnprovenServer()
+    {
+        const std::string key = (folder_.path() / "key.pem").string();
+        const std::string certificate = (folder_.path() / "certificate.pem").string();
+        const std::string make = "openssl req -x509 -newkey ec -pkeyopt "
+                                 "ec_paramgen_curve:P-256 -nodes -days 1 -subj /CN=127.0.0.1 "
+                                 "-addext subjectAltName=IP:127.0.0.1 -keyout " +
+                                 key + " -out " + certificate + " 2>/dev/null";
+        if (std::system(make.c_str()) != 0)
+            throw std::runtime_error("There is no certificate.");
+        const std::string serve = "echo $$; exec openssl s_server -www -accept 127.0.0.1:0 -key " +
+                                  key + " -cert " + certificate + " </dev/null 2>&1";
+        output_.reset(popen(serve.c_str(), "r"));
+        process_ = std::stoi(line());
+        const std::string accepts = "ACCEPT ";
+        std::string text = line();
+        while (!text.starts_with(accepts))
+            text = line();
+        address_ = "https://" + text.substr(accepts.size()) + "/";
+    }
+    ~UnprovenServer() { kill(process_, SIGTERM); }
+    UnprovenServer(const UnprovenServer &) = delete;
+    UnprovenServer &operator=(const UnprovenServer &) = delete;
+
+    const std::string &address() const { return address_; }
+
+private:
+    struct Close {
+        void operator()(FILE *file) const { pclose(file); }
+    };
+
+    std::string line()
+    {
+        std::array<char, 256> text{};
+        if (!fgets(text.data(), static_cast<int>(text.size()), output_.get()))
+            throw std::runtime_error("The server does not start.");
+        const std::string whole = text.data();
+        return whole.substr(0, whole.find('\n'));
+    }
+
+    const test::TemporaryFolder folder_;
+    std::unique_ptr<FILE, Close> output_;
+    pid_t process_ = 0;
+    std::string address_;
+};
 
 /// Processes of the web engine below this one.
 std::vector<pid_t> webProcesses()
@@ -288,6 +346,37 @@ TEST_F(WKWebViewTest, TellsOfASiteThatDoesNotExist)
     EXPECT_TRUE(showsText("This page cannot be shown."));
 }
 
+TEST_F(WKWebViewTest, RefusesASiteThatDoesNotProveItself)
+{
+    const UnprovenServer server;
+    load(server.address());
+    EXPECT_TRUE(showsText("This page cannot be shown."));
+    EXPECT_TRUE(showsText("The site does not prove that it is the one that is meant."));
+    EXPECT_THAT(guard->events, ElementsAre("action " + server.address()));
+    EXPECT_EQ(webView->title(), "");
+}
+
+TEST_F(WKWebViewTest, SaysThatItIsLoadingWhenThatTakesLonger)
+{
+    const HTTPServer server({{"/", {.body = page("Slow"), .delay = std::chrono::seconds(2)}}});
+    load(server.address("/"));
+    EXPECT_TRUE(showsText("Loading…"));
+    EXPECT_TRUE(showsPage("Slow"));
+    EXPECT_EQ(findShown(webView->widget().get().gobj(), "Loading…"), nullptr);
+}
+
+TEST_F(WKWebViewTest, UncoversThePageThatMayNotBeLeft)
+{
+    const HTTPServer server({{"/a", {.body = page("A")}}, {"/b.htm", {.body = page("B")}}});
+    guard->forbiddenResponses = {server.address("/b.htm")};
+    load(server.address("/a"));
+    ASSERT_TRUE(showsPage("A"));
+    loadToTheEnd(server.address("/b.htm"));
+    const auto later = std::chrono::steady_clock::now() + std::chrono::milliseconds(600);
+    serveMainThreadUntil([&] { return std::chrono::steady_clock::now() > later; });
+    EXPECT_EQ(findShown(webView->widget().get().gobj(), "Loading…"), nullptr);
+}
+
 TEST_F(WKWebViewTest, TellsOfAFileThatIsMissing)
 {
     load("file:///nonexistent/manual.pdf");
@@ -337,4 +426,23 @@ TEST_F(WKWebViewTest, UnderstandsAddressesThatAreNotStrict)
     load(server.address("/"));
     EXPECT_TRUE(showsPage("Pipe"));
     EXPECT_THAT(guard->events, Contains("action " + server.address("/a%7Cb?c=%5E")));
+}
+
+TEST(WKWebView, SaysSoWherePagesCannotBeHeldInASandbox)
+{
+    const std::vector<pid_t> before = webProcesses();
+    const test::TemporaryFolder withoutBubblewrap;
+    const test::EnvironmentVariable path{"PATH", withoutBubblewrap.path().string()};
+    const ShownScreen screen{std::make_shared<PlainScreen>()};
+    const auto webView = std::make_shared<WKWebView>();
+    webView->setFrame(CGRect(0, 0, 400, 300));
+    screen.window->rootViewController()->view()->addSubview(webView);
+    EXPECT_TRUE(serveMainThreadUntil([&] {
+        return findShown(webView->widget().get().gobj(),
+                         "Pages cannot be shown, since this system does not let them run in a "
+                         "sandbox.") != nullptr;
+    }));
+    webView->load(URLRequest(URL::fromString("about:blank")));
+    EXPECT_FALSE(webView->isLoading());
+    EXPECT_THAT(webProcesses(), IsSubsetOf(before));
 }

@@ -193,6 +193,49 @@ TEST_F(EngineTest, TheMixerAddsUpItsInputs)
     EXPECT_EQ(test::firstDifference(rendered, expected), -1);
 }
 
+TEST_F(EngineTest, PathsThatMeetAreHeardAtTheSameMoment)
+{
+    // The effect is late by as many frames as it says.
+    std::size_t delay = 100;
+    std::vector<float> heard;
+    unit->delay = 100.0 / 48000.0;
+    unit->onRender = [&](const AURenderBlock &block) {
+        heard.insert(heard.end(), block.input[0], block.input[0] + block.frames);
+        for (std::uint32_t frame = 0; frame < block.frames; ++frame) {
+            const std::size_t place = heard.size() - block.frames + frame;
+            const float sample = place < delay ? 0.0F : heard[place - delay];
+            block.output[0][frame] = block.output[1][frame] = sample;
+        }
+        return true;
+    };
+    manual(stereo);
+    engine.connect(player, effect, formatOf(48000, 2));
+    // Through a mixer of its own, as effects in parallel often are.
+    auto wet = std::make_shared<AVAudioMixerNode>();
+    engine.connect(effect, wet, formatOf(48000, 2));
+    engine.connect(wet, engine.mainMixerNode(), formatOf(48000, 2));
+    auto dry = std::make_shared<AVAudioPlayerNode>();
+    engine.connect(dry, engine.mainMixerNode(), formatOf(48000, 2));
+    engine.start();
+    const Channels noise = test::noise(1, 9000);
+    const URL location = test::writeWave(folder.path() / "mono.wav", noise, 48000);
+    for (const auto &each : {player, dry}) {
+        each->scheduleFile(std::make_shared<AVAudioFile>(location), {});
+        each->play();
+    }
+    const Channels wet100 = render(2000);
+    for (std::size_t frame = 0; frame < 2000; ++frame)
+        ASSERT_EQ(wet100[0][frame], frame < 100 ? 0.0F : 2.0F * noise[0][frame - 100]) << frame;
+
+    // The effect takes to another delay, and the other path with it.
+    delay = 300;
+    unit->delay = 300.0 / 48000.0;
+    render(1000);
+    const Channels wet300 = render(2000);
+    for (std::size_t frame = 0; frame < 2000; ++frame)
+        ASSERT_EQ(wet300[0][frame], 2.0F * noise[0][3000 + frame - 300]) << frame;
+}
+
 TEST_F(EngineTest, EffectsInARowAndMixersInARowRender)
 {
     manual(stereo);

@@ -35,6 +35,20 @@ TEST(OutputGuard, InterleavesWhatIsInRangeBitForBit)
     EXPECT_FALSE(guard.sawTooLoud());
 }
 
+TEST(OutputGuard, FlushesDenormalSamples)
+{
+    constexpr float smallest = std::numeric_limits<float>::min();
+    constexpr float denormal = smallest / 2.0F;
+    OutputGuard guard;
+    EXPECT_EQ(passed(guard, {denormal, smallest, 0}, {0, -denormal, -smallest}),
+              (Interleaved{0, 0, smallest, -0.0F, 0, -smallest}));
+    std::vector<float> out(2, 99.0F);
+    const std::array<float, 2> channel{denormal, smallest};
+    const std::array<const float *, 1> channels{channel.data()};
+    guard.pass(channels.data(), 1, 2, out.data());
+    EXPECT_EQ(out, (std::vector<float>{0.0F, smallest}));
+}
+
 TEST(OutputGuard, LimitsLouderSamples)
 {
     OutputGuard guard;

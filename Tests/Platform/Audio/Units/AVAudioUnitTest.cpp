@@ -70,7 +70,7 @@ TEST_F(AVAudioUnitTest, DeliversTheUnitOffTheCallingThread)
 
 TEST_F(AVAudioUnitTest, DeliversErrorsTheSameWay)
 {
-    for (const char *bundle : {"refusing", "missing-binary", "unknown-feature", "fixed-block"})
+    for (const char *bundle : {"refusing", "missing-binary", "unknown-feature"})
         link(bundle);
     const Outcome missing = instantiate(derivedDescription("urn:test:nowhere"));
     EXPECT_FALSE(missing.unit);
@@ -86,7 +86,15 @@ TEST_F(AVAudioUnitTest, DeliversErrorsTheSameWay)
     EXPECT_THAT(errorOf("urn:test:refusing"), HasSubstr("refuses"));
     EXPECT_THAT(errorOf("urn:test:missing-binary"), HasSubstr("cannot be loaded"));
     EXPECT_THAT(errorOf("urn:test:unknown-feature"), HasSubstr("no-such-feature"));
-    EXPECT_THAT(errorOf("urn:test:fixed-block"), HasSubstr("fixed length"));
+}
+
+TEST_F(AVAudioUnitTest, SurvivesABinaryThatEndsItsProcess)
+{
+    link("exploding");
+    const Outcome outcome = instantiate(derivedDescription("urn:test:exploding"));
+    EXPECT_FALSE(outcome.unit);
+    EXPECT_EQ(outcome.calls, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("ended unexpectedly (SIGKILL); it was never ready."));
 }
 
 TEST_F(AVAudioUnitTest, KnowsNoOptions)

@@ -1,7 +1,5 @@
-#include "LV2PathFixture.hpp"
+#include "AudioUnitFixture.hpp"
 
-#include "Platform/Audio/LocalAudioUnit.hpp"
-#include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/RunLoop.hpp"
@@ -20,49 +18,12 @@ using testing::IsEmpty;
 namespace
 {
 
-constexpr std::uint32_t blockFrames = 64;
+using AudioUnitTest = AudioUnitFixture;
 
 struct Event {
     std::int64_t sampleTime;
     std::int64_t length;
     std::vector<std::uint8_t> bytes;
-};
-
-enum class Place { thisProcess, ownProcess };
-
-/// Where the plug-in lives makes no difference to who uses the unit.
-class AudioUnitTest : public LV2PathFixture, public testing::WithParamInterface<Place>
-{
-protected:
-    std::shared_ptr<AUAudioUnit> unit(const std::string &uri) const
-    {
-        for (const char *bundle : {"amplifier", "midi", "ports", "state", "worker"})
-            if (!std::filesystem::exists(folder() / (std::string(bundle) + ".lv2")))
-                link(bundle);
-        const AVAudioUnitComponent component({}, uri);
-        if (GetParam() == Place::thisProcess)
-            return std::make_shared<LocalAudioUnit>(component);
-        auto remote = std::make_shared<RemoteAudioUnit>(component);
-        // A busy machine must not make blocks late.
-        remote->setRenderingOffline(true);
-        return remote;
-    }
-
-    /// Renders a block of ones and answers the first output channel; empty when
-    /// there was none to be had.
-    static std::vector<float> render(AUAudioUnit &unit, std::int64_t sampleTime = 0)
-    {
-        std::vector<float> ones(blockFrames, 1.0F);
-        std::vector<std::vector<float>> out(unit.outputChannelCount(),
-                                            std::vector<float>(blockFrames));
-        const std::vector<const float *> inputs(unit.inputChannelCount(), ones.data());
-        std::vector<float *> outputs;
-        for (auto &channel : out)
-            outputs.push_back(channel.data());
-        if (!unit.render({inputs.data(), outputs.data(), blockFrames, sampleTime}))
-            return {};
-        return out.empty() ? std::vector<float>{0.0F} : out[0];
-    }
 };
 
 } // namespace
@@ -219,6 +180,23 @@ TEST_P(AudioUnitTest, HandsOnMIDIBeforeAnOfflineBlockReturns)
     }
 }
 
+TEST_P(AudioUnitTest, GivesAHandlerNothingFromBeforeItWasThere)
+{
+    const auto flood = unit("urn:test:midi:flood");
+    flood->setRenderingOffline(true);
+    flood->allocateRenderResources(48000.0, blockFrames);
+    for (int block = 0; block < 10; ++block)
+        render(*flood);
+    std::atomic<int> events{0};
+    flood->setMIDIOutputEventBlock(
+        [&](std::int64_t, std::uint8_t, std::int64_t, const std::uint8_t *) -> std::int32_t {
+            ++events;
+            return 0;
+        });
+    render(*flood);
+    EXPECT_EQ(events, 4);
+}
+
 TEST_P(AudioUnitTest, RunsNoHandlerAfterItWasReplaced)
 {
     const auto flood = unit("urn:test:midi:flood");
@@ -322,8 +300,4 @@ TEST_P(AudioUnitTest, IsControlledWhileItRenders)
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, AudioUnitTest,
-                         testing::Values(Place::thisProcess, Place::ownProcess),
-                         [](const testing::TestParamInfo<Place> &place) {
-                             return place.param == Place::thisProcess ? "InThisProcess"
-                                                                      : "InItsOwnProcess";
-                         });
+                         testing::Values(Place::thisProcess, Place::ownProcess), placeName);

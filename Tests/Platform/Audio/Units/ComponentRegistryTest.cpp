@@ -3,6 +3,8 @@
 #include "Platform/Audio/AVAudioUnitComponentManager.hpp"
 #include "Platform/Audio/ComponentRegistry.hpp"
 #include "Platform/Audio/DerivedDescription.hpp"
+#include "Platform/Audio/LV2Path.hpp"
+#include "Platform/Foundation/ProcessInfo.hpp"
 
 #include <gmock/gmock.h>
 
@@ -12,6 +14,7 @@
 
 using platform::audio::derivedDescription;
 using platform::audio::fourCharacterCode;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -138,6 +141,49 @@ TEST_F(ComponentRegistry, PassesOverAHugeManifestWithOneLine)
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
 }
 
+TEST_F(ComponentRegistry, DoesNotReadAManifestOfAHundredMegabytes)
+{
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    addManifest("huge.lv2", manifest("urn:test:huge", key));
+    std::filesystem::resize_file(folder() / "huge.lv2" / "manifest.ttl", 100'000'000);
+    EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+    EXPECT_EQ(complaints(), "The bundle " + (folder() / "huge.lv2").string() +
+                                " is passed over: its manifest has 100000000 bytes, more than "
+                                "1000000.\n");
+}
+
+TEST_F(ComponentRegistry, LoadsNoBinaries)
+{
+    // Whoever loads it dies.
+    link("exploding");
+    addManifest("nothing.lv2", manifest("urn:test:nothing", key));
+    std::ofstream(folder() / "nothing.lv2" / "none.so") << "no library";
+    addManifest("a.lv2", manifest("urn:test:a", key));
+    EXPECT_THAT(found(), ElementsAre("urn:test:a", "urn:test:nothing"));
+    EXPECT_THAT(found({}), ElementsAre("urn:test:a", "urn:test:exploding", "urn:test:nothing"));
+    EXPECT_THAT(found(derivedDescription("urn:test:exploding")), ElementsAre("urn:test:exploding"));
+}
+
+TEST_F(ComponentRegistry, FollowsNoCircles)
+{
+    for (const char *bundle : {"a.lv2", "b.lv2"}) {
+        const std::string uri = std::string("urn:test:") + bundle[0];
+        addManifest(bundle,
+                    "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
+                    "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n<" +
+                        uri +
+                        "> a lv2:Plugin ; lv2:binary <none.so> ;"
+                        " rdfs:seeAlso <manifest.ttl>, <../a.lv2/x.ttl>, <../b.lv2/x.ttl> .");
+        std::ofstream(folder() / bundle / "x.ttl")
+            << "<" << uri << "> <http://www.w3.org/2000/01/rdf-schema#seeAlso>"
+            << " <x.ttl>, <manifest.ttl>, <../a.lv2/manifest.ttl>, <../b.lv2/x.ttl> .";
+    }
+    std::filesystem::create_directory_symlink(folder(), folder() / "a.lv2" / "again.lv2");
+    std::filesystem::create_directory_symlink("itself.lv2", folder() / "itself.lv2");
+    EXPECT_THAT(found({}), ElementsAre("urn:test:a", "urn:test:b"));
+    EXPECT_THAT(found(derivedDescription("urn:test:b")), ElementsAre("urn:test:b"));
+}
+
 TEST_F(ComponentRegistry, PassesOverBrokenManifests)
 {
     addManifest("a.lv2", manifest("urn:test:a", key) + "<urn:test:a> lv2:name \"never closed");
@@ -187,6 +233,14 @@ TEST_F(ComponentRegistry, ExpandsThePath)
     const test::EnvironmentVariable home("HOME", folder().parent_path());
     usePath("~/" + folder().filename().string());
     EXPECT_THAT(found(), ElementsAre("urn:test:a"));
+}
+
+TEST_F(ComponentRegistry, LooksBesideTheProgramWhenNoPathIsSet)
+{
+    const std::string beside = ProcessInfo::processInfo().installationPrefix() + "/lib/lv2";
+    EXPECT_THAT(platform::audio::lv2Folders(), ElementsAre(folder().string()));
+    usePath(std::nullopt);
+    EXPECT_THAT(platform::audio::lv2Folders(), Contains(beside));
 }
 
 TEST_F(ComponentRegistry, DerivesADescriptionWhereNoneIsGiven)

@@ -7,13 +7,14 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 
 /// Gives each test an LV2 path of its own: one empty folder.
 class LV2PathFixture : public testing::Test
 {
 protected:
-    void usePath(const std::string &path) const { path_.set(path); }
+    void usePath(const std::optional<std::string> &path) const { path_.set(path); }
     const std::filesystem::path &folder() const { return folder_.path(); }
 
     /// Installs a bundle of a manifest alone.

@@ -62,9 +62,13 @@ std::atomic<bool> interrupted{false};
         outliveInterrupt(effect);
     if (way == "quick_exit")
         std::quick_exit(0);
+    // To be brought back to a preset, the effect saves what it may keep in files.
+    if (way.ends_with("_with_files") && !effect.loadPreset(0))
+        std::quick_exit(5);
     if (way == "quick_exit_with_files")
-        // To be brought back to a preset, the effect saves what it may keep in files.
-        std::quick_exit(effect.loadPreset(0) ? 0 : 5);
+        std::quick_exit(0);
+    if (way == "_exit_with_files")
+        ::_exit(0);
     if (way == "exit")
         std::exit(0);
     if (way == "abort")

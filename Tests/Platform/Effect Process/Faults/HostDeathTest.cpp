@@ -166,6 +166,28 @@ TEST_F(EffectIsolationTest, QuittingLeavesNoFilesOfTheEffect)
     EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
 }
 
+TEST_F(EffectIsolationTest, TheNextHostRemovesTheFilesOfOneThatCouldNot)
+{
+    {
+        DyingHost host("_exit_with_files", uri("never", "none"));
+        const Watched effect(host.effect());
+        EXPECT_EQ(host.wait(), 0);
+        EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+    }
+    EXPECT_FALSE(std::filesystem::is_empty(scratch.path()));
+
+    // Those of a host that lives stay where they are.
+    const auto living = unit("never", "none");
+    living->setCurrentPreset(living->factoryPresets()->at(0));
+    const auto folders = [this] {
+        return std::distance(std::filesystem::directory_iterator(scratch.path()),
+                             std::filesystem::directory_iterator());
+    };
+    EXPECT_EQ(folders(), 1);
+    unit("never", "none");
+    EXPECT_EQ(folders(), 1);
+}
+
 TEST_F(EffectIsolationTest, TheEffectHasNoDescriptorButItsOwn)
 {
     // What a host has open: this must not leak into the effect, close-on-exec or not.

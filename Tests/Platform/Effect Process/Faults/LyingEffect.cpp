@@ -237,6 +237,47 @@ const std::map<std::string, Lie> liesOnRequest{
     {"request_answers_the_start_again", [](auto) { answer(0, bytes(description())); }},
 };
 
+void sendShape(std::uint64_t number, std::uint32_t width, std::uint32_t height)
+{
+    sendMessage(MessageKind::viewResized, number, bytes(ViewShape{{width, height}, true}));
+}
+
+/// What comes when the view is to be opened.
+const std::map<std::string, Lie> liesOfView{
+    {"view_no_width", [](auto number) { sendShape(number, 0, 100); }},
+    {"view_no_height", [](auto number) { sendShape(number, 100, 0); }},
+    {"view_endless_width", [](auto number) { sendShape(number, UINT32_MAX, 100); }},
+    {"view_just_too_high",
+     [](auto number) { sendShape(number, 100, platform::lv2::ViewSize::largest + 1); }},
+    {"view_short_shape",
+     [](auto number) { sendMessage(MessageKind::viewResized, number, bytes(100U, 100U)); }},
+    {"view_long_shape",
+     [](auto number) {
+         sendMessage(MessageKind::viewResized, number, bytes(100U, 100U, true, 100U));
+     }},
+    {"view_of_nobody", [](auto number) { sendShape(number + 1, 100, 100); }},
+    {"view_closes_with_no_text",
+     [](auto number) {
+         sendMessage(MessageKind::viewClosed, number, bytes(std::string("\xC0\xAF")));
+     }},
+    {"view_says_nothing", [](auto) {}},
+    // As many sizes as there is time for, each another.
+    {"change_view_floods",
+     [](auto number) {
+         for (std::uint32_t i = 0;; ++i) {
+             sendShape(number, 1 + i % 4000, 1 + i % 3000);
+             sendMessage(MessageKind::viewLives, number);
+         }
+     }},
+    {"change_view_closes_and_opens",
+     [](auto number) {
+         for (;;) {
+             sendShape(number, 100, 100);
+             sendMessage(MessageKind::viewWaits, number);
+         }
+     }},
+};
+
 void putEvent(LinkMemory &memory, std::int64_t time, std::uint32_t output, std::uint32_t size)
 {
     std::byte *place = memory.outputEvents().data();
@@ -355,6 +396,12 @@ void handle(Message &request)
             found->second(request.number);
         if (lie == "change_floods")
             flood();
+    } else if (request.kind == MessageKind::openView) {
+        const auto found = liesOfView.find(lie);
+        if (found != liesOfView.end())
+            found->second(request.number);
+        else
+            sendShape(request.number, 300, 200);
     } else if (request.kind == MessageKind::end) {
         ::_exit(0);
     } else {

@@ -164,6 +164,70 @@ INSTANTIATE_TEST_SUITE_P(
                     "memory_neither_rendered_nor_not", "memory_wrong_answer", "memory_overwritten"),
     nameOf);
 
+// --- In what it says of its view --------------------------------------------------------
+
+using LieOfView = LyingEffectTest;
+
+TEST_P(LieOfView, IsAFaultOfTheEffect)
+{
+    const ErrorLines errors;
+    lie.set(GetParam());
+    const auto process = start();
+    const auto view = process->view();
+    view->open({1, 1.0F}, nullptr);
+    const auto line = errors.waitFor("The effect 'Liar' ");
+    ASSERT_TRUE(line);
+    EXPECT_THAT(line->text, AnyOf(HasSubstr("' broke the agreement ("),
+                                  HasSubstr("' gave no sign of life from its view")));
+    EXPECT_TRUE(eventually(
+        [&] { return view->status().phase == platform::effect::EffectView::Phase::effectIsDown; }));
+    EXPECT_FALSE(process->isUp());
+    const auto size = view->status().size;
+    EXPECT_TRUE(size.width == 0 && size.height == 0) << "an impossible size was believed";
+}
+
+INSTANTIATE_TEST_SUITE_P(Lies, LieOfView,
+                         testing::Values("view_no_width", "view_no_height", "view_endless_width",
+                                         "view_just_too_high", "view_short_shape",
+                                         "view_long_shape", "view_of_nobody",
+                                         "view_closes_with_no_text", "view_says_nothing"),
+                         nameOf);
+
+using FloodOfView = LyingEffectTest;
+
+TEST_P(FloodOfView, DrownsNobody)
+{
+    const ErrorLines errors;
+    lie.set(GetParam());
+    auto process = start();
+    const auto view = process->view();
+    std::atomic<int> told{0};
+    view->setListener([&] { ++told; });
+    view->open({1, 1.0F}, nullptr);
+    int seen = 0;
+    // Whoever shows the view looks now and then, as a screen does.
+    for (int frame = 0; frame < 50; ++frame) {
+        std::this_thread::sleep_for(milliseconds(10));
+        view->resize({100, 100});
+        const auto status = view->status();
+        EXPECT_LE(status.size.width, 4000U);
+        EXPECT_LE(status.size.height, 3000U);
+        seen += status.size.width > 0 ? 1 : 0;
+    }
+    EXPECT_GT(seen, 0);
+    EXPECT_TRUE(process->isUp());
+    // The listener is told once between two looks, however much has come.
+    EXPECT_LE(told, 52);
+    EXPECT_LT(timeOf([&] { view->close(); }), promptly);
+    EXPECT_LT(timeOf([&] { process.reset(); }), promptly);
+    EXPECT_EQ(view->status().phase, platform::effect::EffectView::Phase::closed);
+    view->setListener(nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Floods, FloodOfView,
+                         testing::Values("change_view_floods", "change_view_closes_and_opens"),
+                         nameOf);
+
 // --- Else -------------------------------------------------------------------------------------
 
 TEST_F(LyingEffectTest, WhoTellsTheTruthIsUp)

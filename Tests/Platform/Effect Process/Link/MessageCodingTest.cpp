@@ -154,6 +154,23 @@ TEST(CheckedMessages, FindChannelsBeyondReason)
     EXPECT_THROW(checkedDescription(MessageWriter::message(description)), ProtocolBreach);
 }
 
+TEST(CheckedMessages, FindViewsThatCannotBe)
+{
+    const auto checked = [](std::uint32_t width, std::uint32_t height) {
+        const ViewShape shape{{width, height}, true};
+        return checkedViewShape(MessageWriter::message(shape));
+    };
+    constexpr std::uint32_t largest = platform::lv2::ViewSize::largest;
+    EXPECT_EQ(checked(1, largest).size, (platform::lv2::ViewSize{1, largest}));
+    EXPECT_TRUE(checked(largest, 1).isResizable);
+    EXPECT_THROW(checked(0, 100), ProtocolBreach);
+    EXPECT_THROW(checked(100, 0), ProtocolBreach);
+    EXPECT_THROW(checked(largest + 1, 100), ProtocolBreach);
+    EXPECT_THROW(checked(100, UINT32_MAX), ProtocolBreach);
+    EXPECT_THROW(checkedViewShape({}), ProtocolBreach);
+    EXPECT_THROW(checkedViewShape(MessageWriter::message(100U, 100U)), ProtocolBreach);
+}
+
 TEST(CheckedMessages, TellEffectsOfAnotherShapeApart)
 {
     Description other = sampleDescription();

@@ -30,4 +30,5 @@ private:
 } // namespace
 
 TEST_PLUGINS(testplugin::describe<Amplifier<2>>("urn:test:amplifier"),
-             testplugin::describe<Amplifier<1>>("urn:test:mono"))
+             testplugin::describe<Amplifier<1>>("urn:test:mono"),
+             testplugin::describe<Amplifier<6>>("urn:test:surround"))

@@ -1,7 +1,4 @@
-#include "../TestPlugin.hpp"
-
-#include <lv2/atom/atom.h>
-#include <lv2/midi/midi.h>
+#include "../MidiWriter.hpp"
 
 #include <array>
 #include <cstddef>
@@ -10,20 +7,11 @@
 namespace
 {
 
-std::uint32_t padded(std::uint32_t size)
-{
-    return (size + 7U) & ~7U;
-}
-
 /// Port 0 takes MIDI, port 1 emits it.
 class Ports
 {
 public:
-    Ports(double, const LV2_Feature *const *features)
-        : midi_(testplugin::map(features, LV2_MIDI__MidiEvent)),
-          sequence_(testplugin::map(features, LV2_ATOM__Sequence))
-    {
-    }
+    Ports(double, const LV2_Feature *const *features) : writer_(features) {}
 
     void connect(std::uint32_t port, void *data)
     {
@@ -33,36 +21,18 @@ public:
     static const void *extension(const char *) { return nullptr; }
 
 protected:
-    void begin()
-    {
-        room_ = out_->atom.size;
-        out_->atom.type = sequence_;
-        out_->atom.size = sizeof(LV2_Atom_Sequence_Body);
-        out_->body = {};
-    }
-
+    void begin() { writer_.begin(*out_); }
     void emit(std::int64_t frame, const void *bytes, std::uint32_t size)
     {
-        const auto whole = static_cast<std::uint32_t>(sizeof(LV2_Atom_Event)) + padded(size);
-        if (out_->atom.size + whole > room_)
-            return;
-        auto *end = reinterpret_cast<std::byte *>(out_) + sizeof(LV2_Atom) + out_->atom.size;
-        LV2_Atom_Event event{};
-        event.time.frames = frame;
-        event.body = {size, midi_};
-        std::memcpy(end, &event, sizeof event);
-        std::memcpy(end + sizeof event, bytes, size);
-        out_->atom.size += whole;
+        writer_.emit(frame, bytes, size);
     }
 
     const LV2_Atom_Sequence &input() const { return *in_; }
     LV2_Atom_Sequence &output() { return *out_; }
-    LV2_URID midi() const { return midi_; }
+    LV2_URID midi() const { return writer_.midi(); }
 
 private:
-    LV2_URID midi_;
-    LV2_URID sequence_;
-    std::uint32_t room_ = 0;
+    testplugin::MidiWriter writer_;
     LV2_Atom_Sequence *in_ = nullptr;
     LV2_Atom_Sequence *out_ = nullptr;
 };
@@ -82,7 +52,7 @@ public:
             const auto *event = reinterpret_cast<const LV2_Atom_Event *>(start + offset);
             if (event->body.type == midi())
                 emit(event->time.frames, event + 1, event->body.size);
-            offset += sizeof(LV2_Atom_Event) + padded(event->body.size);
+            offset += sizeof(LV2_Atom_Event) + testplugin::padded(event->body.size);
         }
     }
 };

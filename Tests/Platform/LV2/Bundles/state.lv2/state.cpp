@@ -116,4 +116,5 @@ private:
 } // namespace
 
 TEST_PLUGINS(testplugin::describe<Stateful>("urn:test:state"),
-             testplugin::describe<Stateful>("urn:test:state:default"))
+             testplugin::describe<Stateful>("urn:test:state:default"),
+             testplugin::describe<Stateful>("urn:test:state:thread-safe"))

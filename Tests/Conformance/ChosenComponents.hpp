@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Platform/Audio/AVAudioUnitComponent.hpp"
+
+#include <string>
+#include <vector>
+
+namespace conformance
+{
+
+/// The installed plug-ins of these URIs, in the registry's order; all of them when
+/// there is none. A `std::runtime_error` names one that is not installed.
+std::vector<AVAudioUnitComponent> chosenComponents(const std::vector<std::string> &uris);
+
+} // namespace conformance

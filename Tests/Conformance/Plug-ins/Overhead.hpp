@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Platform/Audio/AVAudioUnitComponent.hpp"
+
+#include <string>
+
+namespace conformance
+{
+
+/// What a block of 64 frames costs, in nanoseconds of processor time.
+struct Overhead {
+    double bareLoop = 0;
+    double hostProcess = 0;
+    /// Host and effect together.
+    double ownProcess = 0;
+    /// Medians of the ratios to the bare loop, round by round.
+    double hostProcessRatio = 0;
+    double ownProcessRatio = 0;
+
+    std::string text() const;
+    static Overhead fromText(const std::string &text);
+};
+
+/// Lets the bare loop and the engine in both places render the same signal in turns.
+/// Both have it in memory: a file would have to be decoded.
+Overhead measuredOverhead(const AVAudioUnitComponent &component, double seconds);
+
+} // namespace conformance

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Platform/Audio/AVAudioUnitComponent.hpp"
+
+#include <filesystem>
+#include <string>
+
+namespace conformance
+{
+
+/// Who plays a plug-in, each time in a process of its own.
+enum class Role {
+    bareLoop,      ///< writes the transcript that the others are compared with
+    bareLoopAgain, ///< finds out whether the plug-in repeats itself
+    ownProcess,    ///< the engine, with the effect in a process of its own
+    hostProcess,   ///< the engine, with the effect in its own process
+    overhead       ///< measures what both places cost beside the bare loop
+};
+
+/// How a performance went.
+enum class Verdict { same, differs, refused, failed, late };
+
+struct Finding {
+    Verdict verdict = Verdict::failed;
+    std::string reason;
+};
+
+/// Plays the role in this process and leaves the finding in `folder`, where the
+/// transcript is, too.
+void play(Role role, const AVAudioUnitComponent &component, double seconds,
+          const std::filesystem::path &folder);
+
+/// The finding that was left in `folder`; none when nobody got so far.
+bool takeFinding(Role role, const std::filesystem::path &folder, Finding &finding);
+
+} // namespace conformance
