@@ -26,6 +26,12 @@ constexpr std::array<std::string_view, 2> silentDrivers{"dummy", "disk"};
 // A desktop's sound server before the bare device it would have to share.
 constexpr std::array<std::string_view, 3> preferredDrivers{"pipewire", "pulseaudio", "alsa"};
 
+// SDL makes a context of PipeWire's for real-time clients and then streams over another,
+// made with the usual configuration, whose thread runs as any other. This makes the two
+// alike. Before `main`, while nobody else looks at the environment.
+[[maybe_unused]] const int pipeWireConfiguration =
+    ::setenv("PIPEWIRE_CONFIG_NAME", "client-rt.conf", 0);
+
 template <std::size_t N>
 bool contains(const std::array<std::string_view, N> &names, std::string_view name)
 {

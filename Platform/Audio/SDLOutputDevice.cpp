@@ -6,15 +6,6 @@
 namespace platform::audio
 {
 
-namespace
-{
-
-// 10.7 ms at 48 kHz: short enough for a button to feel immediate, long enough for
-// a desktop under load.
-constexpr Uint16 framesPerBlock = 512;
-
-} // namespace
-
 SDLOutputDevice::~SDLOutputDevice()
 {
     SDLOutputDevice::close();
@@ -27,7 +18,7 @@ OutputDevice::Obtained SDLOutputDevice::open(const AVAudioFormat &wanted)
     spec.freq = static_cast<int>(wanted.sampleRate());
     spec.format = AUDIO_F32SYS;
     spec.channels = static_cast<Uint8>(wanted.channelCount());
-    spec.samples = framesPerBlock;
+    spec.samples = framesPerBlock_;
     spec.callback = &SDLOutputDevice::callback;
     spec.userdata = this;
     SDL_AudioSpec obtained{};
@@ -68,9 +59,11 @@ bool SDLOutputDevice::isAlive() const
 void SDLOutputDevice::callback(void *userdata, Uint8 *stream, int bytes)
 {
     auto &device = *static_cast<SDLOutputDevice *>(userdata);
-    // SDL gave its thread what priority it could get; effects follow. Asked once.
-    if (foundation::threadPriority() == 0)
+    // With some drivers SDL leaves its thread as any other. Effects follow. Once.
+    if (foundation::threadPriority() == 0) {
+        foundation::claimRealtimePriority();
         foundation::learnThreadPriority();
+    }
     const std::uint32_t channels = device.channels_;
     const std::size_t samples = static_cast<std::uint32_t>(bytes) / sizeof(float);
     // SDL aligns the buffer for any sample format.

@@ -14,7 +14,16 @@ namespace platform::audio
 class SDLOutputDevice : public OutputDevice
 {
 public:
-    SDLOutputDevice() = default;
+    /// 10.7 ms at 48 kHz: short enough for a button to feel immediate, long enough for
+    /// a desktop under load.
+    static constexpr std::uint16_t usualFrames = 512;
+
+    /// A device that asks for `framesPerBlock` frames at a time, or as many as the
+    /// driver makes of that.
+    explicit SDLOutputDevice(std::uint16_t framesPerBlock = usualFrames)
+        : framesPerBlock_(framesPerBlock)
+    {
+    }
     ~SDLOutputDevice() override;
 
     Obtained open(const AVAudioFormat &wanted) override;
@@ -25,6 +34,7 @@ public:
 private:
     static void callback(void *userdata, Uint8 *stream, int bytes);
 
+    const std::uint16_t framesPerBlock_;
     SDL_AudioDeviceID device_ = 0;
     std::uint32_t channels_ = 0;
     std::atomic<Source *> source_{nullptr};

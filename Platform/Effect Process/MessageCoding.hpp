@@ -138,9 +138,8 @@ private:
     {
         const std::size_t size = count();
         if constexpr (Scalar<T> && sizeof(T) == 1) {
-            const auto bytes = take(size);
-            values.resize(size);
-            std::memcpy(values.data(), bytes.data(), size);
+            const auto *begin = reinterpret_cast<const T *>(take(size).data());
+            values.assign(begin, begin + size);
         } else {
             // Grown value by value: the bytes run out before memory does.
             for (std::size_t i = 0; i < size; ++i)

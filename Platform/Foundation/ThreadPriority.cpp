@@ -1,6 +1,7 @@
 #include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <sched.h>
+#include <sys/resource.h>
 
 namespace platform::foundation
 {
@@ -9,6 +10,17 @@ namespace
 {
 
 thread_local ThreadPriority learnt = 0;
+
+// Sound servers and their data threads take 80 to 90.
+constexpr int clientPriority = 70;
+
+bool runAt(int priority) noexcept
+{
+    sched_param parameters{};
+    parameters.sched_priority = priority;
+    // Threads that it starts are not to inherit it.
+    return ::sched_setscheduler(0, SCHED_FIFO | SCHED_RESET_ON_FORK, &parameters) == 0;
+}
 
 } // namespace
 
@@ -20,6 +32,16 @@ void learnThreadPriority() noexcept
         return;
     const auto withoutFlags = static_cast<ThreadPriority>(policy & ~SCHED_RESET_ON_FORK);
     learnt = (withoutFlags + 1) << 16U | static_cast<ThreadPriority>(parameters.sched_priority);
+}
+
+void claimRealtimePriority() noexcept
+{
+    if (::sched_getscheduler(0) != SCHED_OTHER || runAt(clientPriority))
+        return;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_RTPRIO, &limit) == 0 && limit.rlim_cur > 0 &&
+        limit.rlim_cur < rlim_t{clientPriority})
+        runAt(static_cast<int>(limit.rlim_cur));
 }
 
 ThreadPriority threadPriority() noexcept

@@ -15,6 +15,11 @@ using ThreadPriority = std::uint32_t;
 /// whoever owns a real-time thread, when it begins.
 void learnThreadPriority() noexcept;
 
+/// Has the calling thread run before all that need not be in time, if it may and does
+/// not already: for whoever owns the audio callback's thread, when that begins and its
+/// library has not seen to it. Below what sound servers run at.
+void claimRealtimePriority() noexcept;
+
 /// What the calling thread learnt last; does not ask the kernel.
 REALTIME ThreadPriority threadPriority() noexcept;
 

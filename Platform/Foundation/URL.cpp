@@ -121,7 +121,9 @@ URL URL::deletingLastPathComponent() const
     const URLParts parts = splitURL(text_);
     const std::string_view path = withoutTrailingSlashes(parts.path);
     const auto slash = path.rfind('/');
-    const std::string_view folder =
-        slash == std::string_view::npos ? std::string_view("./") : path.substr(0, slash + 1);
+    std::string_view folder = path.substr(0, slash + 1);
+    // Behind an authority there is the root at least: a dot would belong to its name.
+    if (slash == std::string_view::npos)
+        folder = parts.authority ? "/" : "./";
     return URL(replacingPath(text_, parts.path, folder));
 }

@@ -18,9 +18,9 @@ LV2_State_Status storeProperty(LV2_State_Handle state, std::uint32_t key, const 
     // Anything else may hold pointers; a path is text whatever its flags say.
     if ((flags & LV2_STATE_IS_POD) == 0 && type != Symbols::shared().atomPath)
         return LV2_STATE_ERR_BAD_FLAGS;
-    const auto *bytes = static_cast<const std::byte *>(value);
+    const auto *bytes = static_cast<const char *>(value);
     static_cast<State *>(state)->properties.insert_or_assign(
-        keyURI, State::Property{typeURI, flags, {bytes, bytes + size}});
+        keyURI, State::Property{typeURI, flags, {bytes, size}});
     return LV2_STATE_SUCCESS;
 }
 

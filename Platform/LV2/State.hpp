@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <vector>
 
 namespace platform::lv2
 {
@@ -16,9 +15,11 @@ namespace platform::lv2
 struct State {
     /// A value that the plug-in stored itself.
     struct Property {
-        std::string type;             ///< the URI of its type
-        std::uint32_t flags = 0;      ///< as `LV2_State_Flags`
-        std::vector<std::byte> value; ///< its bytes
+        std::string type;        ///< the URI of its type
+        std::uint32_t flags = 0; ///< as `LV2_State_Flags`
+        /// Its bytes, of any kind. A zero always stands behind them: plug-ins read texts
+        /// to it, also those that were stored without one.
+        std::string value;
     };
 
     /// By the key's URI.

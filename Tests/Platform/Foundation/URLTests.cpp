@@ -176,6 +176,10 @@ TEST(URL, DeletesTheLastComponent)
     EXPECT_EQ(read("a").deletingLastPathComponent().absoluteString(), "./");
     EXPECT_EQ(read("https://qrvx.example/a/b?q#f").deletingLastPathComponent().absoluteString(),
               "https://qrvx.example/a/?q#f");
+    EXPECT_EQ(read("https://qrvx.example").deletingLastPathComponent().absoluteString(),
+              "https://qrvx.example/");
+    EXPECT_EQ(read("https://qrvx.example:?q").deletingLastPathComponent().absoluteString(),
+              "https://qrvx.example:/?q");
 }
 
 TEST(URL, ComparesAndPrintsItsText)

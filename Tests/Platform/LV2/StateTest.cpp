@@ -63,8 +63,7 @@ TEST(State, TakesItsFilesAwayAtTheEnd)
     {
         HeldPlugin held("urn:test:state", ownBundle("state"));
         const State state = held.instance.save();
-        const auto &bytes = state.properties.at("urn:test:state:file").value;
-        file = reinterpret_cast<const char *>(bytes.data());
+        file = state.properties.at("urn:test:state:file").value.c_str();
         EXPECT_TRUE(std::filesystem::exists(file));
     }
     EXPECT_FALSE(std::filesystem::exists(file));
@@ -135,4 +134,20 @@ TEST(State, StoresOnlyWhatCanBeCopied)
     ASSERT_EQ(size, sizeof five);
     EXPECT_EQ(*static_cast<const std::int32_t *>(stored), 5);
     EXPECT_EQ(retrieveProperty(&state, type, &size, nullptr, nullptr), nullptr);
+}
+
+TEST(State, EndsTextsThatWereStoredWithoutTheirEnd)
+{
+    auto &symbols = platform::lv2::SymbolTable::shared();
+    State state;
+    const LV2_URID key = symbols.map("urn:test:key");
+    // Longer than what a string keeps within itself.
+    const std::string text(100, 'x');
+    EXPECT_EQ(storeProperty(&state, key, text.data(), text.size(),
+                            platform::lv2::Symbols::shared().atomPath, LV2_STATE_IS_POD),
+              LV2_STATE_SUCCESS);
+    std::size_t size = 0;
+    const void *stored = retrieveProperty(&state, key, &size, nullptr, nullptr);
+    EXPECT_EQ(size, text.size());
+    EXPECT_EQ(static_cast<const char *>(stored), text);
 }

@@ -23,7 +23,7 @@ Instantiation sampleInstantiation()
     sample.scratchFolder = "/tmp/x";
     sample.contextName = "a host";
     State state;
-    state.properties["urn:key"] = {"urn:type", 3, {std::byte{1}, std::byte{0}, std::byte{255}}};
+    state.properties["urn:key"] = {"urn:type", 3, {1, 0, '\xFF'}};
     state.controls["gain"] = 0.5F;
     sample.state = state;
     sample.midi = {{0xB0, 1, 2}, {0xC0, 3}};
@@ -59,6 +59,17 @@ TEST(MessageCoding, BringsRecordsAcrossUnchanged)
     EXPECT_TRUE(got.preparation.isOffline);
     EXPECT_EQ(got.preparation.shape.outputs, 1U);
     EXPECT_TRUE(got.hasLink);
+}
+
+TEST(MessageCoding, BringsEmptyRunsOfBytesAcross)
+{
+    const std::vector<std::vector<std::uint8_t>> none(3);
+    EXPECT_EQ(
+        MessageReader::read<std::vector<std::vector<std::uint8_t>>>(MessageWriter::message(none)),
+        none);
+    State state;
+    state.properties["urn:key"];
+    EXPECT_EQ(MessageReader::read<State>(MessageWriter::message(state)).properties.size(), 1U);
 }
 
 TEST(MessageCoding, FindsEveryTruncation)
