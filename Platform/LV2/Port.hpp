@@ -36,8 +36,10 @@ struct Port {
     float defaultValue = 0.0F;
     float minimum = 0.0F;
     float maximum = 1.0F;
-    /// The three above are multiples of the sample rate.
+    /// The range is in multiples of the sample rate, and the default, unless that is a
+    /// value by itself.
     bool isScaledBySampleRate = false;
+    bool isDefaultUnscaled = false;
 };
 
 } // namespace platform::lv2

@@ -52,7 +52,9 @@ void PortBuffers::addAudio(const Port &port)
 
 void PortBuffers::addControl(const Port &port, double sampleRate)
 {
-    const float scale = port.isScaledBySampleRate ? static_cast<float>(sampleRate) : 1.0F;
+    const float scale = port.isScaledBySampleRate && !port.isDefaultUnscaled
+                            ? static_cast<float>(sampleRate)
+                            : 1.0F;
     values_[port.index] = port.isInput ? port.defaultValue * scale : 0.0F;
     wanted_[port.index].store(values_[port.index], std::memory_order_relaxed);
     owned_[port.index] = &values_[port.index];
