@@ -107,11 +107,14 @@ void BarePorts::addControl(const LilvPort *port, std::uint32_t index, double sam
         return;
     LilvNode *defaultNode = nullptr;
     LilvNode *minimumNode = nullptr;
-    lilv_port_get_range(plugin_, port, &defaultNode, &minimumNode, nullptr);
+    LilvNode *maximumNode = nullptr;
+    lilv_port_get_range(plugin_, port, &defaultNode, &minimumNode, &maximumNode);
     const NodePointer defaultValue(defaultNode);
     const NodePointer minimum(minimumNode);
+    const NodePointer maximum(maximumNode);
     float value = number(defaultValue.get(), number(minimum.get(), 0.0F));
-    if (has(port, LV2_CORE__sampleRate))
+    // Beyond a range that is in multiples of the sample rate it is a frequency.
+    if (has(port, LV2_CORE__sampleRate) && value <= number(maximum.get(), 1.0F))
         value *= static_cast<float>(sampleRate);
     // Rendering is not bound to time here.
     if (isDesignated(port, LV2_CORE__freeWheeling))
