@@ -35,6 +35,9 @@ constexpr milliseconds glanceInterval{100};
 // Two seconds in which most blocks are late are more than a busy machine.
 constexpr int slowGlances = 20;
 
+// A glance that takes so long was interrupted.
+constexpr milliseconds stoppedFor{1000};
+
 // A process that dies closes its socket a moment before it is dead.
 constexpr milliseconds timeToDie{200};
 
@@ -370,7 +373,11 @@ bool EffectProcess::waitForNews()
     std::array<pollfd, 3> news{{{wakeup_.get(), POLLIN, 0},
                                 {child_ ? child_->descriptor() : -1, POLLIN, 0},
                                 {socketIsOpen_ ? socket_->descriptor() : -1, POLLIN, 0}}};
+    const auto before = Clock::now();
     ::poll(news.data(), news.size(), child_ ? static_cast<int>(glanceInterval.count()) : -1);
+    // A host that was stopped for a while has not waited for the effect.
+    if (const auto away = Clock::now() - before; child_ && away > stoppedFor)
+        startDeadline_ += away;
     eventfd_t ignored = 0;
     ::eventfd_read(wakeup_.get(), &ignored);
     const Lock lock(mutex_);

@@ -1,5 +1,7 @@
 #include "Platform/LV2/HostedPlugin.hpp"
 
+#include "Platform/Foundation/PlatformError.hpp"
+
 #include <lv2/log/log.h>
 
 #include <algorithm>
@@ -52,11 +54,21 @@ void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)
 {
     if (isPrepared(sampleRate, maximumFrames))
         return;
-    Instance::Settings settings = instance_->settings();
+    const Instance::Settings before = instance_->settings();
+    Instance::Settings settings = before;
     settings.sampleRate = sampleRate;
-    settings.maximumFrames = maximumFrames;
+    // What was promised once stands: some refuse to be used in very short blocks alone.
+    settings.maximumFrames = std::max(before.maximumFrames, maximumFrames);
     const State state = instance_->save();
-    instance_ = std::make_unique<Instance>(*plugin_, *exchange_, settings, &state);
+    // Never two at a time: some plug-ins share tables for one sample rate among their
+    // instances, and refuse another beside it or play with the wrong ones.
+    instance_.reset();
+    try {
+        instance_ = std::make_unique<Instance>(*plugin_, *exchange_, settings, &state);
+    } catch (const PlatformError &) {
+        instance_ = std::make_unique<Instance>(*plugin_, *exchange_, before, &state);
+        throw;
+    }
 }
 
 bool HostedPlugin::loadPreset(std::size_t number)

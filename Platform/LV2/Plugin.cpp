@@ -64,7 +64,13 @@ void settleRange(Port &port, float minimum, float maximum, float defaultValue)
     port.minimum = std::isfinite(minimum) ? minimum : 0.0F;
     port.maximum =
         std::isfinite(maximum) ? std::max(maximum, port.minimum) : std::max(port.minimum, 1.0F);
-    if (std::isfinite(minimum) && std::isfinite(maximum))
+    // LV2 has the sample rate scale the range alone. Some say the default in Hz, others
+    // as a multiple like the range; none is meant to lie beyond it.
+    port.isDefaultUnscaled = port.isScaledBySampleRate && std::isfinite(defaultValue) &&
+                             std::isfinite(maximum) && defaultValue > maximum;
+    if (port.isDefaultUnscaled)
+        port.defaultValue = defaultValue;
+    else if (std::isfinite(minimum) && std::isfinite(maximum))
         port.defaultValue = std::isfinite(defaultValue)
                                 ? std::clamp(defaultValue, port.minimum, port.maximum)
                                 : port.minimum;

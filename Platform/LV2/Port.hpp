@@ -49,8 +49,10 @@ struct Port {
     float minimum = 0.0F;
     float maximum = 1.0F;
     ///@}
-    /// The three above are multiples of the sample rate.
+    /// The range is in multiples of the sample rate, and the default, unless that is a
+    /// value by itself.
     bool isScaledBySampleRate = false;
+    bool isDefaultUnscaled = false; ///< see above
     /// Values beyond the range are not to reach the plug-in.
     bool hasStrictBounds = false;
 };

@@ -64,7 +64,8 @@ float PortBuffers::scaleOf(const Port &port) const
 
 void PortBuffers::addControl(const Port &port)
 {
-    values_[port.index] = port.isInput ? port.defaultValue * scaleOf(port) : 0.0F;
+    const float scale = port.isDefaultUnscaled ? 1.0F : scaleOf(port);
+    values_[port.index] = port.isInput ? port.defaultValue * scale : 0.0F;
     wanted_[port.index].store(values_[port.index], std::memory_order_relaxed);
     owned_[port.index] = &values_[port.index];
     if (port.timeQuantity && port.isInput)

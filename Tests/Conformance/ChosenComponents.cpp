@@ -3,6 +3,7 @@
 #include "Platform/Audio/AVAudioUnitComponentManager.hpp"
 
 #include <algorithm>
+#include <fstream>
 #include <stdexcept>
 
 namespace conformance
@@ -21,6 +22,18 @@ std::vector<AVAudioUnitComponent> chosenComponents(const std::vector<std::string
         return std::find(uris.begin(), uris.end(), each.pluginURI()) == uris.end();
     });
     return all;
+}
+
+std::vector<std::string> listedPlugins(const std::string &path)
+{
+    std::ifstream file(path);
+    if (!file)
+        throw std::runtime_error("There is no list " + path);
+    std::vector<std::string> plugins;
+    for (std::string line; std::getline(file, line);)
+        if (!line.empty())
+            plugins.push_back(line);
+    return plugins;
 }
 
 } // namespace conformance

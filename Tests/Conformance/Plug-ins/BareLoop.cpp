@@ -208,8 +208,10 @@ BareLoop::StatePointer BareLoop::save()
 
 void BareLoop::begin(double sampleRate, std::uint32_t block, const test::Channels &signal)
 {
-    if (sampleRate != rate_ || block > static_cast<std::uint32_t>(mostFrames_))
-        instantiate(sampleRate, block, save().get());
+    // What was promised once stands.
+    const std::uint32_t most = std::max(block, static_cast<std::uint32_t>(mostFrames_));
+    if (sampleRate != rate_ || most > static_cast<std::uint32_t>(mostFrames_))
+        instantiate(sampleRate, most, save().get());
     signal_ = &signal;
     position_ = 0;
     sampleTime_ = 0;

@@ -123,7 +123,10 @@ void BarePorts::addControl(const LilvPort *port, std::uint32_t index, double sam
     const NodePointer minimum(minimumNode);
     const NodePointer maximum(maximumNode);
     const float scale = has(port, LV2_CORE__sampleRate) ? static_cast<float>(sampleRate) : 1.0F;
-    float value = scale * number(defaultValue.get(), number(minimum.get(), 0.0F));
+    float value = number(defaultValue.get(), number(minimum.get(), 0.0F));
+    // Beyond a range that is in multiples of the sample rate it is a frequency.
+    if (value <= number(maximum.get(), 1.0F))
+        value *= scale;
     // Rendering is not bound to time here, and the effect is to be heard.
     if (isDesignated(port, LV2_CORE__freeWheeling) || isDesignated(port, LV2_CORE__enabled))
         value = 1.0F;

@@ -120,6 +120,8 @@ void EnginePerformer::render(float *const *output, std::uint32_t frames,
     engine_.renderOffline(frames, *buffer_);
     if (processOf(remote_) != process_)
         throw std::runtime_error("its process ended");
+    if (remote_ != nullptr && remote_->process().lateBlocks() > 0)
+        throw std::runtime_error("it did not answer in time");
     for (std::uint32_t channel = 0; channel < outputs(); ++channel)
         std::copy_n(buffer_->floatChannelData()[channel], frames, output[channel]);
 }

@@ -22,7 +22,7 @@ namespace conformance
 namespace
 {
 
-constexpr std::uint32_t block = 64;
+constexpr std::uint32_t block = overheadBlock;
 constexpr int rounds = 9;
 
 double nanoseconds(clockid_t clock)

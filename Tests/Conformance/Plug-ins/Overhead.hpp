@@ -2,10 +2,14 @@
 
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
 
+#include <cstdint>
 #include <string>
 
 namespace conformance
 {
+
+/// The length of block that overhead is measured in.
+inline constexpr std::uint32_t overheadBlock = 64;
 
 /// What a block of 64 frames costs, in nanoseconds of processor time.
 struct Overhead {

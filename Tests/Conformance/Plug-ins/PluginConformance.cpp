@@ -19,7 +19,6 @@
 #include <atomic>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <optional>
 #include <span>
@@ -40,16 +39,6 @@ struct Order {
     bool measuresOverhead = false;
     std::vector<std::string> plugins;
 };
-
-void addList(const std::string &path, std::vector<std::string> &plugins)
-{
-    std::ifstream file(path);
-    if (!file)
-        throw std::runtime_error("There is no list " + path);
-    for (std::string line; std::getline(file, line);)
-        if (!line.empty() && line.front() != ' ')
-            plugins.push_back(line);
-}
 
 Order parse(std::span<char *const> arguments)
 {
@@ -72,7 +61,7 @@ Order parse(std::span<char *const> arguments)
         else if (argument == "--overhead")
             order.measuresOverhead = true;
         else if (argument == "--list")
-            addList(value(), order.plugins);
+            order.plugins = listedPlugins(value());
         else
             order.plugins.push_back(argument);
     }

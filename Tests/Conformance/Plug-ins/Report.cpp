@@ -13,8 +13,8 @@ namespace conformance
 namespace
 {
 
-constexpr std::array results{Result::exact,  Result::varies, Result::differs, Result::refused,
-                             Result::failed, Result::late,   Result::hostDied};
+constexpr std::array results{Result::exact,   Result::varies, Result::differs, Result::unmatched,
+                             Result::refused, Result::failed, Result::late,    Result::hostDied};
 
 std::string code(std::uint32_t word)
 {
@@ -96,10 +96,10 @@ void Report::write() const
 std::string Report::summary() const
 {
     const std::lock_guard lock(mutex_);
-    std::string text = fmt::format("{} plug-ins\n{:28}{:>16}{:>16}\n", results_.size(), "",
+    std::string text = fmt::format("{} plug-ins\n{:30}{:>16}{:>16}\n", results_.size(), "",
                                    "own process", "host's process");
     for (const Result result : results)
-        text += fmt::format("{:28}{:>16}{:>16}\n", wordsFor(result),
+        text += fmt::format("{:30}{:>16}{:>16}\n", wordsFor(result),
                             count(&TrialResult::ownProcess, result),
                             count(&TrialResult::hostProcess, result));
     return text + fmt::format("The table is in {}.", folder_.string());

@@ -5,7 +5,8 @@
 #include "Tests/Conformance/Plug-ins/Overhead.hpp"
 #include "Tests/Conformance/Plug-ins/Programme.hpp"
 
-#include <array>
+#include <fmt/format.h>
+
 #include <exception>
 #include <fstream>
 #include <iterator>
@@ -18,13 +19,7 @@ namespace conformance
 namespace
 {
 
-constexpr std::array<const char *, 5> fileNames{"bare-loop", "bare-loop-again", "own-process",
-                                                "host-process", "overhead"};
-
-std::filesystem::path findingFile(Role role, const std::filesystem::path &folder)
-{
-    return folder / (std::string(fileNames[static_cast<std::size_t>(role)]) + ".finding");
-}
+constexpr const char *findingFile = "finding";
 
 MakePerformer performerFor(Role role, const AVAudioUnitComponent &component,
                            const std::filesystem::path &folder)
@@ -40,39 +35,38 @@ MakePerformer performerFor(Role role, const AVAudioUnitComponent &component,
     };
 }
 
-std::optional<std::string> performWith(const MakePerformer &make, bool isFirst, double seconds,
-                                       const std::filesystem::path &folder)
+Finding performWith(const MakePerformer &make, bool isFirst, std::uint32_t block, double seconds,
+                    const std::filesystem::path &folder)
 {
-    const auto path = folder / "transcript";
+    const auto path = folder / fmt::format("transcript-{}", block);
     if (isFirst) {
-        const auto unfinished = folder / "transcript.part";
+        const auto unfinished = folder / "transcript";
         TranscriptWriter writer(unfinished);
-        perform(make, seconds, writer);
+        perform(make, block, seconds, writer);
         writer.close();
         std::filesystem::rename(unfinished, path);
-        return std::nullopt;
+        return {Verdict::same, {}};
     }
     if (!std::filesystem::exists(path)) {
         TranscriptWriter nowhere("/dev/null");
-        perform(make, seconds, nowhere);
-        return "there is nothing to compare with";
+        perform(make, block, seconds, nowhere);
+        return {Verdict::unmatched, "it plays, but there is nothing to compare with"};
     }
     TranscriptComparison comparison(path);
-    perform(make, seconds, comparison);
-    return comparison.difference();
+    perform(make, block, seconds, comparison);
+    if (const auto difference = comparison.difference())
+        return {Verdict::differs, *difference};
+    return {Verdict::same, {}};
 }
 
-Finding performed(Role role, const AVAudioUnitComponent &component, double seconds,
-                  const std::filesystem::path &folder)
+Finding performed(Role role, const AVAudioUnitComponent &component, std::uint32_t block,
+                  double seconds, const std::filesystem::path &folder)
 {
     try {
         if (role == Role::overhead)
             return {Verdict::same, measuredOverhead(component, seconds).text()};
-        const auto difference = performWith(performerFor(role, component, folder),
-                                            role == Role::bareLoop, seconds, folder);
-        if (difference)
-            return {Verdict::differs, *difference};
-        return {Verdict::same, {}};
+        return performWith(performerFor(role, component, folder), role == Role::bareLoop, block,
+                           seconds, folder);
     } catch (const Refusal &refusal) {
         return {Verdict::refused, refusal.what()};
     } catch (const std::exception &error) {
@@ -82,24 +76,26 @@ Finding performed(Role role, const AVAudioUnitComponent &component, double secon
 
 } // namespace
 
-void play(Role role, const AVAudioUnitComponent &component, double seconds,
+void play(Role role, const AVAudioUnitComponent &component, std::uint32_t block, double seconds,
           const std::filesystem::path &folder)
 {
-    const Finding finding = performed(role, component, seconds, folder);
-    std::ofstream(findingFile(role, folder)) << static_cast<int>(finding.verdict) << '\n'
-                                             << finding.reason;
+    const Finding finding = performed(role, component, block, seconds, folder);
+    std::ofstream(folder / findingFile) << static_cast<int>(finding.verdict) << '\n'
+                                        << finding.reason;
 }
 
-bool takeFinding(Role role, const std::filesystem::path &folder, Finding &finding)
+std::optional<Finding> takeFinding(const std::filesystem::path &folder)
 {
-    std::ifstream file(findingFile(role, folder));
+    const auto path = folder / findingFile;
+    std::ifstream file(path);
     int verdict = 0;
     if (!(file >> verdict))
-        return false;
+        return std::nullopt;
     file.ignore();
-    finding.verdict = static_cast<Verdict>(verdict);
+    Finding finding{static_cast<Verdict>(verdict), {}};
     finding.reason.assign(std::istreambuf_iterator<char>(file), {});
-    return true;
+    std::filesystem::remove(path);
+    return finding;
 }
 
 } // namespace conformance

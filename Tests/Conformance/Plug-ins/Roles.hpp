@@ -2,7 +2,9 @@
 
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace conformance
@@ -18,19 +20,26 @@ enum class Role {
 };
 
 /// How a performance went.
-enum class Verdict { same, differs, refused, failed, late };
+enum class Verdict {
+    same,
+    differs,
+    unmatched, ///< it plays, but there is nothing to compare with
+    refused,
+    failed,
+    late
+};
 
 struct Finding {
     Verdict verdict = Verdict::failed;
     std::string reason;
 };
 
-/// Plays the role in this process and leaves the finding in `folder`, where the
-/// transcript is, too.
-void play(Role role, const AVAudioUnitComponent &component, double seconds,
+/// Plays the role in this process, in blocks of `block` frames, and leaves the finding in
+/// `folder`, where the transcript is, too.
+void play(Role role, const AVAudioUnitComponent &component, std::uint32_t block, double seconds,
           const std::filesystem::path &folder);
 
-/// The finding that was left in `folder`; none when nobody got so far.
-bool takeFinding(Role role, const std::filesystem::path &folder, Finding &finding);
+/// Takes the finding out of `folder`; none when nobody got so far as to leave one.
+std::optional<Finding> takeFinding(const std::filesystem::path &folder);
 
 } // namespace conformance

@@ -23,9 +23,11 @@ namespace
 {
 
 /// The environment with another home and another folder for what is temporary.
-std::vector<std::string> environmentIn(const std::filesystem::path &home)
+std::vector<std::string> environmentIn(const std::filesystem::path &home, bool withOtherMemory)
 {
     std::vector<std::string> variables{"HOME=" + home.string(), "TMPDIR=" + home.string()};
+    if (withOtherMemory)
+        variables.emplace_back("MALLOC_PERTURB_=165"); // the C library's own
     for (char **variable = environ; *variable != nullptr; ++variable) {
         const std::string_view text = *variable;
         if (!text.starts_with("HOME=") && !text.starts_with("TMPDIR=") && !text.starts_with("XDG_"))
@@ -44,11 +46,11 @@ std::vector<char *> pointersTo(std::vector<std::string> &texts)
 }
 
 pid_t spawn(const std::vector<std::string> &arguments, const std::filesystem::path &home,
-            const std::filesystem::path &log)
+            const std::filesystem::path &log, bool withOtherMemory)
 {
     std::vector<std::string> command{"plugin-conformance"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> environment = environmentIn(home);
+    std::vector<std::string> environment = environmentIn(home, withOtherMemory);
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
@@ -72,9 +74,10 @@ pid_t spawn(const std::vector<std::string> &arguments, const std::filesystem::pa
 } // namespace
 
 Ending runAgain(const std::vector<std::string> &arguments, const std::filesystem::path &home,
-                const std::filesystem::path &log, std::chrono::seconds patience)
+                const std::filesystem::path &log, std::chrono::seconds patience,
+                bool withOtherMemory)
 {
-    const pid_t child = spawn(arguments, home, log);
+    const pid_t child = spawn(arguments, home, log, withOtherMemory);
     const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
     if (descriptor < 0)
         throw std::system_error(errno, std::generic_category(), "a process cannot be watched");

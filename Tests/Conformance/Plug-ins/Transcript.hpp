@@ -78,7 +78,6 @@ private:
     double largest_ = 0;
     bool eventsDiffer_ = false;
     std::string first_;
-    std::vector<std::string> passages_;
 };
 
 } // namespace conformance

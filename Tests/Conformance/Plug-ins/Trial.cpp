@@ -1,5 +1,6 @@
 #include "Tests/Conformance/Plug-ins/Trial.hpp"
 
+#include "Tests/Conformance/Plug-ins/Programme.hpp"
 #include "Tests/Conformance/Plug-ins/Roles.hpp"
 #include "Tests/Conformance/Plug-ins/SubProcess.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
@@ -34,6 +35,13 @@ std::string lastLine(const std::filesystem::path &log)
     return last;
 }
 
+/// How a performance went, or all of them together.
+struct Outcome {
+    Finding finding;
+    /// The process that was to play died instead.
+    bool died = false;
+};
+
 /// The performances of one plug-in, with what they have in common.
 class Trial
 {
@@ -43,59 +51,89 @@ public:
     {
     }
 
-    struct Outcome {
-        Finding finding;
-        /// The process that was to play died instead.
-        bool died = false;
-    };
-
-    Outcome run(Role role) const
+    /// All lengths of block, each in a process of its own, so that what a plug-in keeps
+    /// from one instance to the next is the same for all who play it.
+    Outcome runAll(Role role) const
     {
-        const std::string number = std::to_string(static_cast<int>(role));
-        const auto home = folder_.path() / ("home-" + number);
-        const auto log = folder_.path() / ("log-" + number);
+        Outcome worst{{Verdict::same, {}}};
+        std::string others;
+        for (const std::uint32_t block : blockLengths) {
+            Outcome outcome = run(role, block);
+            if (outcome.finding.verdict == Verdict::same)
+                continue;
+            if (outcome.finding.verdict <= worst.finding.verdict) {
+                others += fmt::format("{}{}", others.empty() ? "" : ", ", block);
+                continue;
+            }
+            worst = std::move(outcome);
+            // It would not be any better.
+            if (worst.finding.verdict == Verdict::late || worst.finding.verdict == Verdict::refused)
+                break;
+        }
+        if (!others.empty())
+            worst.finding.reason +=
+                fmt::format(" (something of the kind in blocks of {}, too)", others);
+        return worst;
+    }
+
+    Outcome run(Role role, std::uint32_t block) const
+    {
+        const auto home = folder_.path() / "home";
+        const auto log = folder_.path() / "log";
         std::filesystem::create_directories(home);
         const auto key = component_.audioComponentDescription();
-        const Ending ending =
-            runAgain({std::string(partArgument), number, component_.pluginURI(),
-                      std::to_string(key.componentType), std::to_string(key.componentSubType),
-                      std::to_string(key.componentManufacturer), std::to_string(key.componentFlags),
-                      fmt::format("{}", settings_.seconds), folder_.path().string()},
-                     home, log, settings_.patience);
+        const Ending ending = runAgain(
+            {std::string(partArgument), std::to_string(static_cast<int>(role)),
+             component_.pluginURI(), std::to_string(key.componentType),
+             std::to_string(key.componentSubType), std::to_string(key.componentManufacturer),
+             std::to_string(key.componentFlags), std::to_string(block),
+             fmt::format("{}", settings_.seconds), folder_.path().string()},
+            home, log, settings_.patience, role == Role::bareLoopAgain);
+        const Outcome outcome = outcomeOf(ending, log);
         std::filesystem::remove_all(home);
-        Outcome outcome;
-        if (ending.isLate) {
-            outcome.finding = {Verdict::late,
-                               fmt::format("not done after {} s", settings_.patience.count())};
-        } else if (ending.signal != 0) {
-            outcome.died = true;
-            outcome.finding = {Verdict::failed,
-                               fmt::format("it crashed ({})", ::strsignal(ending.signal))};
-        } else if (!takeFinding(role, folder_.path(), outcome.finding)) {
-            outcome.died = true;
-            outcome.finding = {Verdict::failed, fmt::format("it ended the program that held it, "
-                                                            "with code {}",
-                                                            ending.code)};
-        }
-        if (outcome.finding.verdict == Verdict::failed)
-            if (const std::string said = lastLine(log); !said.empty())
-                outcome.finding.reason += ": " + said;
+        std::filesystem::remove(log);
         return outcome;
     }
 
 private:
+    Outcome outcomeOf(const Ending &ending, const std::filesystem::path &log) const
+    {
+        if (ending.isLate)
+            return {
+                {Verdict::late, fmt::format("not done after {} s", settings_.patience.count())}};
+        auto left = takeFinding(folder_.path());
+        Outcome outcome;
+        if (ending.signal != 0) {
+            outcome.died = true;
+            outcome.finding.reason = fmt::format("it crashed ({})", ::strsignal(ending.signal));
+        } else if (left) {
+            outcome.finding = std::move(*left);
+        } else {
+            outcome.died = true;
+            outcome.finding.reason =
+                fmt::format("it ended the program that held it, with code {}", ending.code);
+        }
+        const std::string said = lastLine(log);
+        if (!said.empty() && (outcome.finding.verdict == Verdict::failed ||
+                              outcome.finding.verdict == Verdict::refused))
+            outcome.finding.reason += ": " + said;
+        return outcome;
+    }
+
     const AVAudioUnitComponent &component_;
     const TrialSettings &settings_;
     test::TemporaryFolder folder_;
 };
 
-Result resultOf(const Trial::Outcome &outcome)
+Result resultOf(const Outcome &outcome)
 {
     switch (outcome.finding.verdict) {
     case Verdict::same:
         return Result::exact;
     case Verdict::differs:
         return Result::differs;
+    case Verdict::unmatched:
+        return Result::unmatched;
     case Verdict::refused:
         return Result::refused;
     case Verdict::late:
@@ -126,6 +164,8 @@ const char *wordsFor(Result result)
         return "plays, never twice alike";
     case Result::differs:
         return "plays otherwise";
+    case Result::unmatched:
+        return "plays, unlike the bare loop";
     case Result::refused:
         return "cannot be used";
     case Result::failed:
@@ -142,9 +182,9 @@ TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings
 {
     const auto begun = Clock::now();
     const Trial trial(component, settings);
-    const auto bare = trial.run(Role::bareLoop);
-    const auto own = trial.run(Role::ownProcess);
-    const auto host = trial.run(Role::hostProcess);
+    const auto bare = trial.runAll(Role::bareLoop);
+    const auto own = trial.runAll(Role::ownProcess);
+    const auto host = trial.runAll(Role::hostProcess);
     TrialResult result;
     result.playsInBareLoop = bare.finding.verdict == Verdict::same;
     result.ownProcess = own.died ? Result::hostDied : resultOf(own);
@@ -152,10 +192,10 @@ TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings
     addReason(result.reason, "bare loop", bare.finding);
     addReason(result.reason, "own process", own.finding);
     addReason(result.reason, "host's process", host.finding);
-    // What renders as the bare loop does need not be asked whether it could otherwise.
+    // Of what renders as the bare loop does it need not be asked whether it repeats itself.
     if (result.playsInBareLoop &&
         (result.ownProcess == Result::differs || result.hostProcess == Result::differs)) {
-        const auto again = trial.run(Role::bareLoopAgain);
+        const auto again = trial.runAll(Role::bareLoopAgain);
         addReason(result.reason, "bare loop, second time", again.finding);
         if (again.finding.verdict == Verdict::differs)
             for (Result *each : {&result.ownProcess, &result.hostProcess})
@@ -169,7 +209,7 @@ TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings
 std::optional<Overhead> tryOverhead(const AVAudioUnitComponent &component,
                                     const TrialSettings &settings)
 {
-    const auto outcome = Trial(component, settings).run(Role::overhead);
+    const auto outcome = Trial(component, settings).run(Role::overhead, overheadBlock);
     if (outcome.finding.verdict != Verdict::same)
         return std::nullopt;
     return Overhead::fromText(outcome.finding.reason);
@@ -177,13 +217,13 @@ std::optional<Overhead> tryOverhead(const AVAudioUnitComponent &component,
 
 bool playPart(int argc, char *const argv[])
 {
-    if (argc != 10 || argv[1] != partArgument)
+    if (argc != 11 || argv[1] != partArgument)
         return false;
     const auto number = [&](int argument) {
         return static_cast<std::uint32_t>(std::stoul(argv[argument]));
     };
     const AVAudioUnitComponent component({number(4), number(5), number(6), number(7), 0}, argv[3]);
-    play(static_cast<Role>(number(2)), component, std::stod(argv[8]), argv[9]);
+    play(static_cast<Role>(number(2)), component, number(8), std::stod(argv[9]), argv[10]);
     return true;
 }
 

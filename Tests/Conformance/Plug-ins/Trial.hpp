@@ -12,13 +12,14 @@ namespace conformance
 
 /// What came of a plug-in in one place.
 enum class Result {
-    exact,    ///< every sample and MIDI byte as in the bare loop
-    varies,   ///< it plays, but the bare loop itself never renders the same twice
-    differs,  ///< it plays otherwise than in the bare loop, which repeats itself
-    refused,  ///< it cannot be had, and says why
-    failed,   ///< it crashed or broke off
-    late,     ///< it was not done in time
-    hostDied, ///< it took the host along from a process of its own
+    exact,     ///< every sample and MIDI byte as in the bare loop
+    varies,    ///< it plays, but the bare loop itself never renders the same twice
+    differs,   ///< it plays otherwise than in the bare loop, which repeats itself
+    unmatched, ///< it plays, but the bare loop does not
+    refused,   ///< it cannot be had, and says why
+    failed,    ///< it crashed or broke off
+    late,      ///< it was not done in time
+    hostDied,  ///< it took the host along from a process of its own
 };
 
 /// In words that a person understands.

@@ -2,12 +2,12 @@
 #include "Platform/Audio/AVAudioFile.hpp"
 #include "Platform/Audio/AVAudioPlayerNode.hpp"
 #include "Platform/Audio/AVAudioUnit.hpp"
-#include "Platform/Audio/OutputDevice.hpp"
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Tests/Utilities/Channels.hpp"
 #include "Tests/Utilities/RealtimeProbe.hpp"
 #include "Tests/Utilities/StandInEffect.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
+#include "Tests/Utilities/WatchedDevice.hpp"
 #include "Tests/Utilities/WaveFile.hpp"
 
 #include <gtest/gtest.h>
@@ -21,65 +21,8 @@
 namespace
 {
 
-using platform::audio::OutputDevice;
 using test::RealtimeProbe;
-
-// A device whose every block runs under the probe, on a thread of its own.
-class WatchedDevice : public OutputDevice
-{
-public:
-    struct Findings {
-        std::atomic<std::uint64_t> blocks{0};
-        std::atomic<std::uint64_t> allocations{0};
-        std::atomic<std::uint64_t> locks{0};
-        std::atomic<std::uint64_t> systemCalls{0};
-        std::atomic<std::uint64_t> futexCalls{0};
-    };
-
-    explicit WatchedDevice(Findings &findings) : findings_(findings) {}
-    ~WatchedDevice() override { WatchedDevice::close(); }
-
-    Obtained open(const AVAudioFormat & /*wanted*/) override
-    {
-        return {AVAudioFormat(48000, 2), 256};
-    }
-
-    void run(Source &source) override
-    {
-        runs_ = true;
-        thread_ = std::thread([this, &source] { play(source); });
-    }
-
-    void close() override
-    {
-        runs_ = false;
-        if (thread_.joinable())
-            thread_.join();
-    }
-
-    bool isAlive() const override { return true; }
-
-private:
-    void play(Source &source)
-    {
-        std::vector<float> block(512);
-        while (runs_) {
-            RealtimeProbe::enter();
-            source.renderInterleaved(block.data(), 256, 2);
-            const RealtimeProbe::Counts counts = RealtimeProbe::leave();
-            ++findings_.blocks;
-            findings_.allocations += counts.allocations;
-            findings_.locks += counts.locks;
-            findings_.systemCalls += counts.systemCalls;
-            findings_.futexCalls += counts.futexCalls;
-            std::this_thread::sleep_for(std::chrono::microseconds(500));
-        }
-    }
-
-    Findings &findings_;
-    std::atomic<bool> runs_{false};
-    std::thread thread_;
-};
+using test::WatchedDevice;
 
 // The effect is in a process of its own: handing a block over and waiting for it are
 // the kernel's, and the one thing that is.
