@@ -44,8 +44,9 @@ void play(const AVAudioUnitComponent &component, const std::shared_ptr<AVAudioFi
     engine.start();
     player->play();
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    for (std::uint8_t key = 40; findings.blocks < blocksToHear; key = (key + 1) % 80) {
+    for (unsigned count = 0; findings.blocks < blocksToHear; ++count) {
         ASSERT_LT(std::chrono::steady_clock::now(), end);
+        const auto key = static_cast<std::uint8_t>(count % 80);
         const std::array<std::uint8_t, 3> note{0x90, key, 100};
         effect->auAudioUnit()->scheduleMIDIEvent(key, note.data(), note.size());
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
