@@ -58,7 +58,9 @@ void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)
     Instance::Settings settings = before;
     settings.sampleRate = sampleRate;
     // What was promised once stands: some refuse to be used in very short blocks alone.
-    settings.maximumFrames = std::max(before.maximumFrames, maximumFrames);
+    settings.maximumFrames = plugin_->runLengths().areFixed
+                                 ? maximumFrames
+                                 : std::max(before.maximumFrames, maximumFrames);
     const State state = instance_->save();
     // Never two at a time: some plug-ins share tables for one sample rate among their
     // instances, and refuse another beside it or play with the wrong ones.
