@@ -91,6 +91,11 @@ void EffectFrame::update()
     status_ = view_->status();
     switch (status_.phase) {
     case Phase::closed:
+        // An effect that was being started again when this was made has come: the area
+        // asks for the view when it is drawn.
+        if (scale_ == 0)
+            showPage(scroller_);
+        break;
     case Phase::opening:
     case Phase::closing:
         break;
