@@ -467,6 +467,16 @@ TEST_F(EffectViewTest, LeavesNothingBehind)
     EXPECT_LE(outside.descendants(outside.root()).size(), windowsBefore);
 }
 
+TEST_F(EffectViewTest, ComesWithAnEffectThatWasBeingStartedWhenItWasAskedFor)
+{
+    start("fixed");
+    ::kill(unit->process().processIdentifier(), SIGKILL);
+    ASSERT_TRUE(
+        waitFor([&] { return unit->process().view()->status().phase == Phase::effectStarts; }));
+    shown.emplace(*unit, windowWidth, windowHeight);
+    EXPECT_TRUE(shown->waitUntil([&] { return shown->phase() == Phase::open; }));
+}
+
 TEST_F(EffectViewTest, LeavesNothingBehindHoweverOftenTheEffectDies)
 {
     constexpr int rounds = 100;
@@ -506,7 +516,8 @@ TEST_F(EffectViewTest, LeavesNothingBehindHoweverOftenTheEffectDies)
         waitFor([&] { return outside.descendants(outside.root()).size() <= windowsBefore; }));
     EXPECT_LE(childProcesses(), processesBefore);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    // A sanitizer keeps what was freed.
-    EXPECT_LE(residentMemory(), memoryBefore + mebibyte);
+    // A sanitizer keeps what was freed. Else the pixels of a view a round would be
+    // twenty times this; the heap itself may grow by an arena once.
+    EXPECT_LE(residentMemory(), memoryBefore + 4 * mebibyte);
 #endif
 }
