@@ -506,12 +506,15 @@ void EffectProcess::takeStartAnswer(const Message &message)
 
 void EffectProcess::startHasFailed(const std::string &reason)
 {
+    {
+        const Lock lock(mutex_);
+        if (child_)
+            child_->kill();
+        stayDown(lock, reason);
+    }
+    // Whoever reads it may start the effect again.
     if (hasBeenUp_)
         printError(fmt::format("The effect '{}' cannot be started again: {}", name(), reason));
-    const Lock lock(mutex_);
-    if (child_)
-        child_->kill();
-    stayDown(lock, reason);
 }
 
 void EffectProcess::takeDescription(Description description)

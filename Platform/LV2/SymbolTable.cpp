@@ -1,5 +1,7 @@
 #include "Platform/LV2/SymbolTable.hpp"
 
+#include "Platform/Foundation/Immortal.hpp"
+
 #include <functional>
 #include <utility>
 
@@ -8,8 +10,9 @@ namespace platform::lv2
 
 SymbolTable &SymbolTable::shared()
 {
-    static SymbolTable table;
-    return table;
+    // A plug-in may end its process while others of its threads are at work.
+    static foundation::Immortal<SymbolTable> table([] { return SymbolTable(); });
+    return table.value;
 }
 
 const SymbolTable::Symbol *SymbolTable::find(std::string_view uri, std::size_t hash) const noexcept
