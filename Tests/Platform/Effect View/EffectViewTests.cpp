@@ -525,6 +525,7 @@ TEST_F(EffectViewTest, LeavesNothingBehindHoweverOftenTheEffectDies)
     EXPECT_LE(childProcesses(), processesBefore);
     // The pixels of a view a round would be twenty times this; the heap itself may grow
     // by an arena once.
-    if (!keepsWhatWasFreed)
+    if (!keepsWhatWasFreed) {
         EXPECT_LE(residentMemory(), memoryBefore + 4 * mebibyte);
+    }
 }
