@@ -17,11 +17,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -478,10 +480,22 @@ TEST_F(EffectViewTest, LeavesNothingBehind)
 TEST_F(EffectViewTest, ComesWithAnEffectThatWasBeingStartedWhenItWasAskedFor)
 {
     start("fixed");
+    // Whoever brings the effect back tells of its death first, and is held there.
+    const auto &view = unit->process().view();
+    std::promise<void> starts;
+    std::promise<void> isShown;
+    std::atomic_bool isTold = false;
+    view->setListener([&] {
+        if (view->status().phase == Phase::effectStarts && !isTold.exchange(true)) {
+            starts.set_value();
+            isShown.get_future().wait();
+        }
+    });
     ::kill(unit->process().processIdentifier(), SIGKILL);
-    ASSERT_TRUE(
-        waitFor([&] { return unit->process().view()->status().phase == Phase::effectStarts; }));
+    starts.get_future().wait();
     shown.emplace(*unit, windowWidth, windowHeight);
+    EXPECT_EQ(shown->phase(), Phase::effectStarts);
+    isShown.set_value();
     EXPECT_TRUE(shown->waitUntil([&] { return shown->phase() == Phase::open; }));
 }
 
