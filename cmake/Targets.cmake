@@ -32,9 +32,10 @@ if(PARVANE_COVERAGE)
     target_link_options(parvane_settings INTERFACE "LINKER:--wrap=abort,--wrap=_exit")
 endif()
 if(PARVANE_SANITIZE)
-    # Applied everywhere: a library built without would hide what it does.
+    # Applied everywhere: a library built without would hide what it does. Lines and
+    # names are enough for a report; the rest takes a sixth of the time to compile.
     add_compile_options(-fsanitize=${PARVANE_SANITIZE} -fno-omit-frame-pointer
-        -fno-sanitize-recover=all)
+        -fno-sanitize-recover=all -g1)
     add_link_options(-fsanitize=${PARVANE_SANITIZE})
 endif()
 
