@@ -93,6 +93,8 @@ function(parvane_test name)
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES ${properties})
     else()
-        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+        # Values would be told as they are in memory: pointers, another name each time.
+        gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60
+            PROPERTIES ${properties})
     endif()
 endfunction()
