@@ -1,6 +1,7 @@
 // One block of audio through an effect that does nothing: in this process, in a
-// process of its own, and beside that, a byte to another process and back. How long
-// the audio callback is away, and what both processes together take of the processor.
+// process of its own, and beside that, a byte to another process and back, and the least
+// that there is: two processes that wake each other and do nothing else. How long the
+// audio callback is away, and what both processes together take of the processor.
 //
 // Usage: effect_hop_benchmark [BLOCKS [SECONDS [CONDITION]]]
 // BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames, in all
@@ -8,6 +9,7 @@
 
 #include "Benchmarks/Effect Process/BusyProcessors.hpp"
 #include "Benchmarks/Effect Process/EchoProcess.hpp"
+#include "Benchmarks/Effect Process/FutexEcho.hpp"
 #include "Benchmarks/Engine/BareHost.hpp"
 #include "Benchmarks/Engine/Measurement.hpp"
 #include "Benchmarks/Report/Report.hpp"
@@ -145,21 +147,29 @@ struct Pace {
     std::optional<std::chrono::nanoseconds> interval;
 };
 
+/// Times `run`, which makes as many calls as the pace says, and what it takes of the
+/// processor, in this process and in `other`, if there is one.
+template <typename Run>
+Result measureProcessorTime(const Pace &pace, std::optional<pid_t> other, const Run &run)
+{
+    const auto theirs = [&] { return other ? processorTimeOf(*other) : 0.0; };
+    const double theirsBefore = theirs();
+    Result result;
+    const Cost cost = costOf([&] { result = run(); });
+    result.processorMicroseconds =
+        1e6 * (cost.processor + theirs() - theirsBefore) / static_cast<double>(pace.blocks);
+    return result;
+}
+
 Result measure(AUAudioUnit &unit, const Pace &pace)
 {
     auto *const remote = dynamic_cast<RemoteAudioUnit *>(&unit);
-    const auto theirs = [&] {
-        return remote ? processorTimeOf(remote->process().processIdentifier()) : 0.0;
-    };
     unit.allocateRenderResources(sampleRate, pace.frames);
     renderBlocks(unit, pace.frames, pace.blocks / 100 + 10, pace.interval);
     const std::uint64_t lateBefore = remote ? remote->process().lateBlocks() : 0;
-    const double theirsBefore = theirs();
-    Result result;
-    const Cost cost =
-        costOf([&] { result = renderBlocks(unit, pace.frames, pace.blocks, pace.interval); });
-    result.processorMicroseconds =
-        1e6 * (cost.processor + theirs() - theirsBefore) / static_cast<double>(pace.blocks);
+    const auto other = remote ? std::optional(remote->process().processIdentifier()) : std::nullopt;
+    Result result = measureProcessorTime(
+        pace, other, [&] { return renderBlocks(unit, pace.frames, pace.blocks, pace.interval); });
     result.lateBlocks = remote ? remote->process().lateBlocks() - lateBefore : 0;
     unit.deallocateRenderResources();
     return result;
@@ -181,12 +191,15 @@ void printLine(const char *place, const Pace &pace, const Condition &condition,
     std::fflush(stdout);
 }
 
-void reportGoals(const Pace &pace, const Result &here, const Result &apart, const Result &echo)
+void reportGoals(const Pace &pace, const Result &here, const Result &apart, const Result &echo,
+                 const Result &futex)
 {
     const std::string blocks =
         pace.interval ? "256 frames at their pace" : "64 frames back to back";
     printRow({"Hop to the effect's process, " + blocks, "a byte there and back", 1.0,
               ratios(apart.medians, echo.medians)});
+    printRow({"Hop to the effect's process, " + blocks, "two processes that wake each other",
+              std::nullopt, ratios(apart.medians, futex.medians)});
     printRow({"Hop to the effect's process, " + blocks, "", pace.interval ? 20.0 : 5.0,
               apart.medians, "µs"});
     if (!pace.interval)
@@ -201,6 +214,10 @@ void reportGoals(const Pace &pace, const Result &here, const Result &apart, cons
               20.0,
               {apart.processorMicroseconds - here.processorMicroseconds},
               "µs"});
+    printRow({"Processor time a block at 256 frames",
+              "two processes that wake each other",
+              std::nullopt,
+              {apart.processorMicroseconds / futex.processorMicroseconds}});
 }
 
 void compare(std::size_t blocks, double seconds, const std::string &only)
@@ -232,11 +249,17 @@ void compare(std::size_t blocks, double seconds, const std::string &only)
             const Result apart = measure(remote, pace);
             const Result echo =
                 timeCalls(pace.blocks, pace.interval, [&](std::size_t) { other.callBack(); });
+            FutexEcho waker;
+            const Result futex = measureProcessorTime(pace, waker.processIdentifier(), [&] {
+                return timeCalls(pace.blocks, pace.interval,
+                                 [&](std::size_t) { waker.callBack(); });
+            });
             printLine("this process", pace, condition, here);
             printLine("its own", pace, condition, apart);
             printLine("(echo)", pace, condition, echo);
+            printLine("(futex)", pace, condition, futex);
             if (!condition.isLoaded && !condition.isRealTime)
-                reportGoals(pace, here, apart, echo);
+                reportGoals(pace, here, apart, echo, futex);
         }
     }
 }

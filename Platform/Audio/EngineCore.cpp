@@ -357,9 +357,10 @@ void EngineCore::allocateUnit(const RenderPlanner::Unit &planned)
     // The callback must not be in the unit meanwhile.
     withdrawPlan();
     units_.erase(planned.unit);
-    planned.unit->setRenderingOffline(offline);
+    // From here on it may be waited for.
     unitInPreparation_.store(planned.unit);
     try {
+        planned.unit->setRenderingOffline(offline);
         planned.unit->allocateRenderResources(planned.sampleRate, maximumFrames_);
     } catch (...) {
         unitInPreparation_.store(nullptr);

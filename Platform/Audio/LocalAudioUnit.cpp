@@ -61,13 +61,13 @@ std::string LocalAudioUnit::audioUnitName() const
 std::optional<std::string> LocalAudioUnit::contextName() const
 {
     const std::lock_guard lock(mutex_);
-    return hosted_.instance().settings().contextName;
+    return hosted_.settings().contextName;
 }
 
 void LocalAudioUnit::setContextName(std::optional<std::string> name)
 {
     const std::lock_guard lock(mutex_);
-    hosted_.instance().setContextName(name);
+    hosted_.setContextName(name);
 }
 
 std::vector<std::string> LocalAudioUnit::MIDIOutputNames() const
@@ -154,7 +154,7 @@ void LocalAudioUnit::setRenderingOffline(bool offline)
     const std::lock_guard lock(mutex_);
     rendersOffline_ = offline;
     delivery_->setOffline(offline);
-    hosted_.instance().setOffline(offline);
+    hosted_.setOffline(offline);
 }
 
 double LocalAudioUnit::latency() const
@@ -162,7 +162,7 @@ double LocalAudioUnit::latency() const
     const std::lock_guard lock(mutex_);
     if (!renderResourcesAllocated())
         return 0.0;
-    return std::max(0.0, hosted_.instance().latency()) / hosted_.instance().settings().sampleRate;
+    return std::max(0.0, rendering_.load()->latency()) / hosted_.settings().sampleRate;
 }
 
 bool LocalAudioUnit::scheduleMIDIEvent(std::uint32_t frameOffset, const std::uint8_t *bytes,

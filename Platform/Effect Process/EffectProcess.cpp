@@ -35,8 +35,8 @@ constexpr milliseconds glanceInterval{100};
 // Two seconds in which most blocks are late are more than a busy machine.
 constexpr int slowGlances = 20;
 
-// A glance that takes so long was interrupted.
-constexpr milliseconds stoppedFor{1000};
+// Between two glances no more than this is waiting; the rest, this process was stopped.
+constexpr milliseconds longestGlance{1000};
 
 // A process that dies closes its socket a moment before it is dead.
 constexpr milliseconds timeToDie{200};
@@ -83,7 +83,7 @@ EffectProcess::EffectProcess(std::string executable, Plugin plugin, const Limits
     : executable_(std::move(executable)), plugin_(std::move(plugin)), limits_(limits),
       scratchFolder_(newScratchFolderName()), midi_(std::make_shared<MidiTraffic>()),
       slot_(limits.audio + 2 * glanceInterval), faults_(limits.faults),
-      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+      wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), time_(longestGlance)
 {
     if (!wakeup_)
         throw PlatformError("The system has no file descriptor for another effect.");
@@ -243,7 +243,7 @@ std::uint64_t EffectProcess::lateBlocks() const
 
 void EffectProcess::hurry()
 {
-    requests_.hurry(Clock::now() + limits_.ending);
+    requests_.hurry(limits_.ending);
     const Lock lock(mutex_);
     ++hurries_;
     phaseChanged_.notify_all();
@@ -316,10 +316,12 @@ Message EffectProcess::call(const Ticket &ticket, MessageKind kind, std::span<co
     // When it is not taken there will be no answer either.
     ticket.socket->send(kind, ticket.number, body, descriptor, deadline);
     Message answer;
-    const Requests::Outcome outcome = requests_.wait(ticket.number, deadline, answer);
+    const Requests::Outcome outcome =
+        requests_.wait(ticket.number, deadline - Clock::now(), answer);
     if (outcome == Requests::Outcome::late)
-        blame(ticket.socket, Clock::now() < deadline ? "gave no answer before its end"
-                                                     : "gave no answer for " + seconds(limit));
+        blame(ticket.socket, "gave no answer for " + seconds(limit));
+    else if (outcome == Requests::Outcome::hurried)
+        blame(ticket.socket, "gave no answer before its end");
     if (outcome != Requests::Outcome::answered)
         throw EffectFault(fmt::format("The effect '{}' failed instead of answering.", name()));
     return answer;
@@ -348,7 +350,7 @@ void EffectProcess::supervise()
         takeMessages();
         if (child_ && isReadable(child_->descriptor(), milliseconds(0)))
             childHasDied();
-        checkLink();
+        checkPatience();
         if (const std::string line = takeSlowness(); !line.empty())
             printError(line);
         if (takesRestart())
@@ -363,7 +365,7 @@ bool EffectProcess::takesRestart()
     return std::exchange(restartIsWanted_, false);
 }
 
-bool EffectProcess::waitForNews()
+bool EffectProcess::waitForNews() const
 {
     {
         const Lock lock(mutex_);
@@ -373,11 +375,7 @@ bool EffectProcess::waitForNews()
     std::array<pollfd, 3> news{{{wakeup_.get(), POLLIN, 0},
                                 {child_ ? child_->descriptor() : -1, POLLIN, 0},
                                 {socketIsOpen_ ? socket_->descriptor() : -1, POLLIN, 0}}};
-    const auto before = Clock::now();
     ::poll(news.data(), news.size(), child_ ? static_cast<int>(glanceInterval.count()) : -1);
-    // A host that was stopped for a while has not waited for the effect.
-    if (const auto away = Clock::now() - before; child_ && away > stoppedFor)
-        startDeadline_ += away;
     eventfd_t ignored = 0;
     ::eventfd_read(wakeup_.get(), &ignored);
     const Lock lock(mutex_);
@@ -399,8 +397,8 @@ void EffectProcess::startChild()
                 child_->kill();
         }
         socketIsOpen_ = true;
-        hangsSeen_ = 0;
-        startDeadline_ = Clock::now() + limits_.instantiation;
+        audioOwed_ = {};
+        startPatience_ = limits_.instantiation;
         sendOwn(MessageKind::instantiate, MessageWriter::message(instantiation()));
     } catch (const PlatformError &error) {
         // The system is out of something; the effect is not to blame.
@@ -416,6 +414,7 @@ Instantiation EffectProcess::instantiation()
     result.uri = plugin_.uri;
     result.bundles = plugin_.bundles;
     result.scratchFolder = scratchFolder_;
+    result.workLimit = static_cast<std::uint64_t>(limits_.work.count());
     result.contextName = contextName_;
     result.state = settings_;
     // Notes that nobody heard are not made up for; what they were to change is.
@@ -441,9 +440,11 @@ Preparation EffectProcess::startingPreparation(const Lock & /*held*/)
 void EffectProcess::sendOwn(MessageKind kind, std::span<const std::byte> body)
 {
     awaitsOwnAnswer_ = true;
-    // When it is not taken the process has died or will be found hung.
-    socket_->send(kind, ownNumber, body, startingLink_ ? startingLink_->memory().descriptor() : -1,
-                  startDeadline_);
+    // When it is not taken the process has died or hangs.
+    if (!socket_->send(kind, ownNumber, body,
+                       startingLink_ ? startingLink_->memory().descriptor() : -1,
+                       Clock::now() + startPatience_))
+        startPatience_ = {};
 }
 
 void EffectProcess::takeMessages()
@@ -479,6 +480,12 @@ void EffectProcess::takeMessage(Message message)
         auto settings = MessageReader::read<lv2::State>(message.body);
         const Lock lock(mutex_);
         settings_ = std::move(settings);
+        break;
+    }
+    case MessageKind::workHangs: {
+        expectNothing(message.body);
+        const Lock lock(mutex_);
+        fault(lock, "gave no end to its work for " + seconds(limits_.work));
         break;
     }
     case MessageKind::viewResized:
@@ -550,18 +557,19 @@ void EffectProcess::becomeUp()
     view_->effectIsUp(socket);
 }
 
-void EffectProcess::checkLink()
+void EffectProcess::checkPatience()
 {
+    const auto waited = time_.look();
     const Lock lock(mutex_);
     if (const char *breach = slot_.breach())
         fault(lock, breachText(ProtocolBreach(breach)));
-    if (phase_ == Phase::starting && child_ && Clock::now() > startDeadline_)
+    startPatience_ -= waited;
+    if (phase_ == Phase::starting && child_ && startPatience_ < Clock::duration(0))
         fault(lock, "was not there after " + seconds(limits_.instantiation));
-    // Seen twice, since the host itself may have been stopped for a while.
-    hangsSeen_ = slot_.overdue() > limits_.audio ? hangsSeen_ + 1 : 0;
-    if (hangsSeen_ == 2)
+    audioOwed_ = std::min<Clock::duration>(audioOwed_ + waited, slot_.overdue());
+    if (audioOwed_ > limits_.audio)
         fault(lock, "gave no audio for " + seconds(limits_.audio));
-    if (view_->isOverdue(limits_.request, limits_.instantiation))
+    if (view_->isOverdue(waited, limits_.request, limits_.instantiation))
         fault(lock, "gave no sign of life from its view");
 }
 

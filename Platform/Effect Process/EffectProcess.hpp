@@ -4,6 +4,7 @@
 #include "Platform/Effect Process/EffectView.hpp"
 #include "Platform/Effect Process/FaultRecord.hpp"
 #include "Platform/Effect Process/LinkSlot.hpp"
+#include "Platform/Effect Process/LivedTime.hpp"
 #include "Platform/Effect Process/Messages.hpp"
 #include "Platform/Effect Process/Requests.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
@@ -44,12 +45,14 @@ public:
 class EffectProcess
 {
 public:
-    /// How long the effect may owe an answer before it counts as hung.
+    /// How long the effect may owe an answer before it counts as hung. Time in which
+    /// this process does not run itself is not counted.
     struct Limits {
         std::chrono::milliseconds audio{2000};    ///< for a block
         std::chrono::milliseconds request{10000}; ///< for any other request
         /// For instantiating it and restoring its settings.
         std::chrono::milliseconds instantiation{30000};
+        std::chrono::milliseconds work{30000}; ///< for a piece of a worker's work
         std::chrono::milliseconds ending{500}; ///< for its end, before it is killed
         FaultRecord::Limit faults;             ///< how often it may fail
     };
@@ -128,7 +131,7 @@ public:
     void endByForce();
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = LivedTime::Clock;
     using Lock = std::unique_lock<std::mutex>;
     enum class Phase { starting, up, down };
 
@@ -153,7 +156,7 @@ private:
 
     // The supervising thread.
     void supervise();
-    bool waitForNews();
+    bool waitForNews() const;
     bool takesRestart();
     void startChild();
     Instantiation instantiation();
@@ -164,7 +167,7 @@ private:
     void takeStartAnswer(const Message &message);
     void takeDescription(Description description);
     void becomeUp();
-    void checkLink();
+    void checkPatience();
     std::string takeSlowness();
     void childHasDied();
     std::string takeDeath(const Lock &lock);
@@ -216,13 +219,14 @@ private:
     bool hasBeenUp_ = false;
     bool socketIsOpen_ = false;
     bool isRestoring_ = false;
-    int hangsSeen_ = 0;
+    LivedTime time_;
+    Clock::duration audioOwed_{0};
     std::uint64_t blocksSeen_ = 0;
     std::uint64_t lateBlocksSeen_ = 0;
     int slowGlances_ = 0;
     bool slownessIsTold_ = false;
     bool awaitsOwnAnswer_ = false;
-    Clock::time_point startDeadline_;
+    Clock::duration startPatience_{0};
     // The link that comes with a start, and what it is for.
     std::unique_ptr<HostEnd> startingLink_;
     std::optional<Rendering> startingRendering_;

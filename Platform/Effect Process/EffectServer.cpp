@@ -25,6 +25,9 @@ constexpr std::chrono::seconds patience{60};
 // is under way does not end.
 constexpr std::chrono::milliseconds lookAtSocket{500};
 
+// How often to look whether work that is under way hangs.
+constexpr std::chrono::milliseconds lookAtWork{100};
+
 // How often what the plug-in said on its audio thread is written out.
 constexpr std::chrono::milliseconds logInterval{20};
 
@@ -34,7 +37,7 @@ constexpr std::chrono::milliseconds settingsDelay{500};
 } // namespace
 
 EffectServer::EffectServer(FileDescriptor socket)
-    : socket_(std::move(socket)),
+    : socket_(std::move(socket)), time_(lookAtSocket),
       view_([this](MessageKind kind, std::uint64_t number, std::span<const std::byte> body) {
           send(kind, number, body);
       })
@@ -54,6 +57,7 @@ bool EffectServer::run()
             requests.pop_front();
             handle(std::move(request));
         }
+        checkWork();
         // Behind the answer: the sound does not wait for a view that comes back.
         if (hosted_)
             view_.resume(*hosted_);
@@ -68,6 +72,8 @@ void EffectServer::waitForNews()
     std::array<pollfd, 2> news{
         {{socket_.descriptor(), POLLIN, 0}, {view_.descriptor(), POLLIN, 0}}};
     auto deadline = ViewServer::Clock::now() + lookAtSocket;
+    if (work_ > work_.zero())
+        deadline = std::min(deadline, ViewServer::Clock::now() + lookAtWork);
     deadline = std::min(deadline, view_.deadline().value_or(deadline));
     deadline = std::min(deadline, settingsAreDue_.value_or(deadline));
     using namespace std::chrono;
@@ -120,11 +126,10 @@ std::vector<std::byte> EffectServer::perform(Message &request)
     case MessageKind::loadPreset:
         return MessageWriter::message(loadPreset(request.body));
     case MessageKind::setContextName:
-        hosted().instance().setContextName(
-            MessageReader::read<std::optional<std::string>>(request.body));
+        hosted().setContextName(MessageReader::read<std::optional<std::string>>(request.body));
         return {};
     case MessageKind::setOffline:
-        hosted().instance().setOffline(MessageReader::read<bool>(request.body));
+        hosted().setOffline(MessageReader::read<bool>(request.body));
         return {};
     case MessageKind::end:
         isEnding_ = true;
@@ -144,6 +149,7 @@ std::vector<std::byte> EffectServer::instantiate(Message &request)
 {
     const auto wanted = MessageReader::read<Instantiation>(request.body);
     const Preparation &preparation = wanted.preparation;
+    workLimit_ = std::chrono::milliseconds(wanted.workLimit);
     hosted_ = std::make_unique<lv2::HostedPlugin>(
         wanted.uri, wanted.bundles,
         lv2::Instance::Settings{preparation.sampleRate, preparation.maximumFrames,
@@ -162,7 +168,7 @@ std::vector<std::byte> EffectServer::instantiate(Message &request)
 void EffectServer::prepare(const Preparation &preparation, FileDescriptor memory)
 {
     link_.reset();
-    hosted().instance().setOffline(preparation.isOffline);
+    hosted().setOffline(preparation.isOffline);
     if (!hosted().isPrepared(preparation.sampleRate, preparation.maximumFrames))
         view_.suspend();
     hosted().prepare(preparation.sampleRate, preparation.maximumFrames);
@@ -193,6 +199,15 @@ bool EffectServer::loadPreset(std::span<const std::byte> body)
     // Before the answer: whoever has that can rely on what comes after a fault.
     sendSettings();
     return true;
+}
+
+void EffectServer::checkWork()
+{
+    const auto lived = time_.look();
+    const auto since = hosted_ ? hosted_->workingFor() : std::chrono::nanoseconds(0);
+    work_ = std::min<std::chrono::nanoseconds>(work_ + lived, since);
+    if (work_ > workLimit_)
+        send(MessageKind::workHangs, 0, {});
 }
 
 void EffectServer::sendSettings()

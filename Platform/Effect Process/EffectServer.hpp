@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Effect Process/EffectEnd.hpp"
+#include "Platform/Effect Process/LivedTime.hpp"
 #include "Platform/Effect Process/MessageSocket.hpp"
 #include "Platform/Effect Process/Messages.hpp"
 #include "Platform/Effect Process/ViewServer.hpp"
@@ -40,6 +41,7 @@ private:
     void connect(const Preparation &preparation, FileDescriptor memory);
     void sendMidi(const std::vector<std::vector<std::uint8_t>> &messages);
     bool loadPreset(std::span<const std::byte> body);
+    void checkWork();
     void sendSettings();
     void sendSettingsWhenDue(bool haveChanged);
     std::vector<std::string> presetNames();
@@ -49,6 +51,10 @@ private:
 
     MessageSocket socket_;
     bool isEnding_ = false;
+    // For how long a worker has been at one piece of work, and may be.
+    LivedTime time_;
+    std::chrono::nanoseconds work_{0};
+    std::chrono::milliseconds workLimit_{0};
     // When what the view has changed is to be told.
     std::optional<ViewServer::Clock::time_point> settingsAreDue_;
     std::unique_ptr<lv2::HostedPlugin> hosted_;

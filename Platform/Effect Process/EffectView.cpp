@@ -47,7 +47,7 @@ bool EffectView::isThere() const
 void EffectView::send(MessageKind kind, std::span<const std::byte> body)
 {
     // When it is not taken at once the effect hangs, which others find out.
-    socket_->send(kind, number_, body, -1, Clock::now());
+    socket_->send(kind, number_, body, -1, MessageSocket::Clock::now());
 }
 
 void EffectView::open(const ViewPlace &place, std::shared_ptr<void> window)
@@ -65,7 +65,7 @@ void EffectView::sendOpen()
     usedWindows_[++number_] = window_;
     answerIsDue_ = false;
     wish_.reset();
-    lastSign_ = Clock::now();
+    silence_ = Patience(0);
     status_.size = {};
     setPhase(Phase::opening);
     send(MessageKind::openView, MessageWriter::message(*place_));
@@ -77,7 +77,7 @@ void EffectView::close()
     place_.reset();
     window_.reset();
     if (status_.phase == Phase::opening || status_.phase == Phase::open) {
-        lastSign_ = Clock::now();
+        silence_ = Patience(0);
         setPhase(Phase::closing);
         send(MessageKind::closeView, {});
     } else if (status_.phase == Phase::refused) {
@@ -146,7 +146,7 @@ void EffectView::take(const Message &message)
     Lock lock(mutex_);
     if (message.number > number_)
         throw ProtocolBreach("it speaks of a view that nobody asked for");
-    lastSign_ = Clock::now();
+    silence_ = Patience(0);
     if (message.kind == MessageKind::viewResized) {
         const ViewShape shape = checkedViewShape(message.body);
         if (message.number != number_ || !isThere() || status_.phase == Phase::closing)
@@ -170,11 +170,12 @@ void EffectView::take(const Message &message)
     tell(std::move(lock));
 }
 
-bool EffectView::isOverdue(std::chrono::milliseconds limit, std::chrono::milliseconds openingLimit)
+bool EffectView::isOverdue(Patience waited, Patience limit, Patience openingLimit)
 {
     const Lock lock(mutex_);
+    silence_ += waited;
     return isThere() && socket_ &&
-           Clock::now() - lastSign_ > (status_.phase == Phase::opening ? openingLimit : limit);
+           silence_ > (status_.phase == Phase::opening ? openingLimit : limit);
 }
 
 void EffectView::end()

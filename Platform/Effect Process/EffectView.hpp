@@ -22,7 +22,7 @@ class EffectView
 {
 public:
     /// For how long a view owes an answer.
-    using Clock = MessageSocket::Clock;
+    using Patience = std::chrono::nanoseconds;
 
     /// What has become of the view.
     enum class Phase {
@@ -82,9 +82,10 @@ public:
     /// Takes what the effect says of its view. Throws a `ProtocolBreach` for what it
     /// cannot mean.
     void take(const Message &message);
-    /// Whether a view that is there has not been heard of for longer than `limit`, or
-    /// one that is being opened for longer than `openingLimit`.
-    bool isOverdue(std::chrono::milliseconds limit, std::chrono::milliseconds openingLimit);
+    /// Notes that the host has waited for `waited` more. Answers whether a view that is
+    /// there has not been heard of for longer than `limit`, or one that is being opened
+    /// for longer than `openingLimit`.
+    bool isOverdue(Patience waited, Patience limit, Patience openingLimit);
     /// There will be no effect any more.
     void end();
 
@@ -116,7 +117,7 @@ private:
     std::map<std::uint64_t, std::shared_ptr<void>> usedWindows_;
     bool answerIsDue_ = false;
     std::optional<lv2::ViewSize> wish_;
-    Clock::time_point lastSign_;
+    Patience silence_{0};
 };
 
 } // namespace platform::effect

@@ -68,12 +68,9 @@ public:
     /// The words by which both sides tell each other what is ready.
     LinkHeader &header() const { return *reinterpret_cast<LinkHeader *>(base()); }
     /// Room for the MIDI of a block to the effect.
-    std::span<std::byte> inputEvents() const { return {base() + eventsOffset(), eventCapacity}; }
+    std::span<std::byte> inputEvents() const { return {events(), eventCapacity}; }
     /// Room for the MIDI of a block from the effect.
-    std::span<std::byte> outputEvents() const
-    {
-        return {base() + eventsOffset() + eventCapacity, eventCapacity};
-    }
+    std::span<std::byte> outputEvents() const { return {events() + eventCapacity, eventCapacity}; }
     /// One pointer a channel.
     ///@{
     /// One pointer a channel.
@@ -87,10 +84,13 @@ private:
         void operator()(std::byte *address) const noexcept;
     };
 
-    static std::size_t eventsOffset() { return sizeof(LinkHeader); }
+    // Behind the header come the channels: each block touches both, and as few pages
+    // as can be. Most have no events.
     std::size_t channelStride() const;
+    std::size_t eventsOffset() const;
     std::size_t size() const;
     std::byte *base() const { return mapping_.get(); }
+    std::byte *events() const { return base() + eventsOffset(); }
     void map();
 
     LinkShape shape_;

@@ -35,8 +35,9 @@ enum class MessageKind : std::uint32_t {
     resizeView, // lv2::ViewSize
     // Of the effect.
     answer,
-    refusal,  // std::string, why
-    settings, // lv2::State as it is now; answers nothing
+    refusal,   // std::string, why
+    settings,  // lv2::State as it is now; answers nothing
+    workHangs, // nothing; what it does beside the audio takes longer than it may
     // Of its view, with the number of the opening. The first size means that it is open.
     viewResized, // ViewShape; answers `resizeView`, or comes by itself
     viewClosed,  // std::string, why, unless the host wanted it
@@ -60,6 +61,7 @@ struct Instantiation {
     std::string uri;                        ///< of the plug-in
     std::vector<std::string> bundles;       ///< paths: its own, and those of its presets
     std::string scratchFolder;              ///< the path where its state may put files
+    std::uint64_t workLimit = 0;            ///< for a piece of a worker's work, in ms
     std::optional<std::string> contextName; ///< what the host calls the context it runs in
     std::optional<lv2::State> state;        ///< none: its default one
     /// MIDI messages that lead the first block.
@@ -140,8 +142,8 @@ template <>
 struct Fields<Instantiation> {
     static auto of(auto &i)
     {
-        return std::tie(i.uri, i.bundles, i.scratchFolder, i.contextName, i.state, i.midi,
-                        i.preparation, i.hasLink);
+        return std::tie(i.uri, i.bundles, i.scratchFolder, i.workLimit, i.contextName, i.state,
+                        i.midi, i.preparation, i.hasLink);
     }
 };
 

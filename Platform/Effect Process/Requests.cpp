@@ -1,10 +1,20 @@
 #include "Platform/Effect Process/Requests.hpp"
 
+#include "Platform/Effect Process/LivedTime.hpp"
+
 #include <algorithm>
 #include <utility>
 
 namespace platform::effect
 {
+
+namespace
+{
+
+// How often who waits looks at the clock.
+constexpr std::chrono::milliseconds longestLook{100};
+
+} // namespace
 
 std::uint64_t Requests::begin()
 {
@@ -13,16 +23,17 @@ std::uint64_t Requests::begin()
     return lastNumber_;
 }
 
-Requests::Outcome Requests::wait(std::uint64_t number, Clock::time_point deadline, Message &answer)
+Requests::Outcome Requests::wait(std::uint64_t number, Patience patience, Message &answer)
 {
     std::unique_lock lock(mutex_);
     Pending &mine = pending_[number];
-    mine.deadline = std::min(mine.deadline, deadline);
-    // Copied, since it may be changed during the wait, which then begins anew.
-    for (auto until = mine.deadline; !mine.answer && !mine.isLost && Clock::now() < mine.deadline;
-         until = mine.deadline)
-        changed_.wait_until(lock, until);
-    Outcome outcome = Outcome::late;
+    mine.patience = std::min(mine.patience, patience);
+    LivedTime time(longestLook);
+    while (!mine.answer && !mine.isLost && mine.patience > Patience(0)) {
+        changed_.wait_for(lock, std::min<Patience>(mine.patience, longestLook));
+        mine.patience -= time.look();
+    }
+    Outcome outcome = mine.isHurried ? Outcome::hurried : Outcome::late;
     if (mine.answer) {
         answer = std::move(*mine.answer);
         outcome = Outcome::answered;
@@ -33,11 +44,15 @@ Requests::Outcome Requests::wait(std::uint64_t number, Clock::time_point deadlin
     return outcome;
 }
 
-void Requests::hurry(Clock::time_point deadline)
+void Requests::hurry(Patience patience)
 {
     const std::lock_guard lock(mutex_);
-    for (auto &[number, pending] : pending_)
-        pending.deadline = std::min(pending.deadline, deadline);
+    for (auto &[number, pending] : pending_) {
+        if (pending.patience <= patience)
+            continue;
+        pending.patience = patience;
+        pending.isHurried = true;
+    }
     changed_.notify_all();
 }
 

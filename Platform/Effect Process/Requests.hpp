@@ -2,6 +2,7 @@
 
 #include "Platform/Effect Process/MessageSocket.hpp"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <map>
@@ -15,20 +16,22 @@ namespace platform::effect
 class Requests
 {
 public:
-    /// Deadlines are points of time that never jumps.
-    using Clock = MessageSocket::Clock;
+    /// For how long an answer is waited for.
+    using Patience = std::chrono::nanoseconds;
 
-    /// How waiting ended: the answer came, the effect has gone, or time was up.
-    enum class Outcome { answered, lost, late };
+    /// How waiting ended: the answer came, the effect has gone, or time was up, maybe
+    /// since somebody was in a hurry.
+    enum class Outcome { answered, lost, late, hurried };
 
     /// A number above 0 for a new request, which is waited for from now on.
     std::uint64_t begin();
 
-    /// Waits for the answer of `number` until `deadline`, and forgets the request.
-    Outcome wait(std::uint64_t number, Clock::time_point deadline, Message &answer);
+    /// Waits for the answer of `number`, while this process runs for `patience`, and
+    /// forgets the request.
+    Outcome wait(std::uint64_t number, Patience patience, Message &answer);
 
-    /// Nobody who waits now waits beyond `deadline`.
-    void hurry(Clock::time_point deadline);
+    /// Nobody who waits now waits for longer than `patience` more.
+    void hurry(Patience patience);
 
     /// Hands an answer to who waits for it. Answers false when nobody does.
     bool fulfil(Message answer);
@@ -40,7 +43,8 @@ private:
     struct Pending {
         std::optional<Message> answer;
         bool isLost = false;
-        Clock::time_point deadline = Clock::time_point::max();
+        Patience patience = Patience::max();
+        bool isHurried = false;
     };
 
     std::mutex mutex_;

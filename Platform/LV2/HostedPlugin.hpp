@@ -4,6 +4,7 @@
 #include "Platform/LV2/Instance.hpp"
 #include "Platform/LV2/Plugin.hpp"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -33,11 +34,11 @@ public:
     ///@}
     /// May outlive the plug-in.
     const std::shared_ptr<Exchange> &exchange() const { return exchange_; }
-    ///@{
-    /// The running plug-in.
-    Instance &instance() { return *instance_; }
-    const Instance &instance() const { return *instance_; }
-    ///@}
+    /// The running plug-in. A `PlatformError` while there is none, since `prepare` has
+    /// failed and could not undo it.
+    Instance &instance();
+    /// What the instance is made for, or the next one will be.
+    const Instance::Settings &settings() const { return settings_; }
 
     /// Audio ports of the main signal; 0 where there are none.
     std::uint32_t inputChannelCount() const { return mainChannelCount(true); }
@@ -55,8 +56,21 @@ public:
     bool isPrepared(double sampleRate, std::uint32_t maximumFrames) const;
     /// Makes the instance fit for blocks of up to `maximumFrames` frames at
     /// `sampleRate` Hz. A `PlatformError`, with the instance as it was, when the
-    /// plug-in refuses. Not while the instance may run.
+    /// plug-in refuses; with none, until the next `prepare`, when it refuses that
+    /// again, too. Not while the instance may run.
     void prepare(double sampleRate, std::uint32_t maximumFrames);
+
+    ///@{
+    /// As those of the instance; the next one has it in any case.
+    void setContextName(const std::optional<std::string> &name);
+    void setOffline(bool offline);
+    ///@}
+
+    /// For how long its worker has been at one piece of work; 0 while it does nothing.
+    std::chrono::nanoseconds workingFor() const
+    {
+        return instance_ ? instance_->workingFor() : std::chrono::nanoseconds(0);
+    }
 
     /// Brings the plug-in into the state of a preset, counted from 0. Answers false
     /// when there is none of that number.
@@ -64,9 +78,13 @@ public:
 
 private:
     std::uint32_t mainChannelCount(bool ofInput) const;
+    void makeInstance(const Instance::Settings &settings);
+    void makeFormerInstance();
 
     std::unique_ptr<Plugin> plugin_;
     std::shared_ptr<Exchange> exchange_;
+    Instance::Settings settings_;
+    State state_; // for the next instance, while there is none
     std::unique_ptr<Instance> instance_;
 };
 

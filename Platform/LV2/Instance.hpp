@@ -15,6 +15,7 @@
 #include "Platform/LV2/Worker.hpp"
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -108,6 +109,9 @@ public:
 
     /// Tells the plug-in through its options, if it listens to them.
     void setContextName(const std::optional<std::string> &name);
+
+    /// For how long its worker has been at one piece of work; 0 while it does nothing.
+    std::chrono::nanoseconds workingFor() const { return worker_.workingFor(); }
 
     /// Changes between rendering live and offline. Not while `run` may run.
     void setOffline(bool offline);

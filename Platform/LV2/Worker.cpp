@@ -1,7 +1,5 @@
 #include "Platform/LV2/Worker.hpp"
 
-#include <chrono>
-
 namespace platform::lv2
 {
 
@@ -93,9 +91,18 @@ bool Worker::doNext()
     const auto message = requests_.read();
     if (!message)
         return false;
+    begun_.store(Clock::now().time_since_epoch().count());
     interface_->work(instance_, &Worker::respond, this, static_cast<uint32_t>(message->size()),
                      message->data());
+    begun_.store(0);
     return true;
+}
+
+std::chrono::nanoseconds Worker::workingFor() const
+{
+    const Clock::rep begun = begun_.load();
+    return begun == 0 ? Clock::duration(0)
+                      : Clock::now() - Clock::time_point(Clock::duration(begun));
 }
 
 LV2_Worker_Status Worker::respond(LV2_Worker_Respond_Handle handle, uint32_t size, const void *data)

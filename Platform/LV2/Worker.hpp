@@ -7,6 +7,7 @@
 #include <lv2/worker/worker.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -47,10 +48,16 @@ public:
     /// Hands over the answers and ends the run. After each run, on its thread.
     REALTIME void finishRun() noexcept;
 
+    /// For how long its thread has been at one piece of work; 0 while it does nothing.
+    /// Any thread.
+    std::chrono::nanoseconds workingFor() const;
+
     /// Holds off work for the lock's lifetime, but for the calling thread's own.
     std::unique_lock<std::recursive_mutex> pause() { return std::unique_lock(working_); }
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     LV2_Worker_Status request(std::span<const std::byte> message);
     LV2_Worker_Status doNow(std::span<const std::byte> message);
     bool doNext();
@@ -65,6 +72,8 @@ private:
     MessageRing requests_;
     MessageRing responses_;
     std::recursive_mutex working_;
+    // When the thread began what it does; 0 while it does nothing.
+    std::atomic<Clock::rep> begun_{0};
 
     LV2_Worker_Schedule fromRun_;
     LV2_Worker_Schedule fromRestore_;

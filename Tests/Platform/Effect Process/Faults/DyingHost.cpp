@@ -5,6 +5,7 @@
 #include "Bundle/SabotageFolder.hpp"
 
 #include "Platform/Effect Process/EffectProcess.hpp"
+#include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
 
 #include <array>
@@ -56,8 +57,31 @@ std::atomic<bool> interrupted{false};
     std::quick_exit(4);
 }
 
+/// Asks for something when it is told to, and says so, and what came of it.
+[[noreturn]] void ask(EffectProcess &effect)
+{
+    while (!interrupted)
+        std::this_thread::sleep_for(milliseconds(1));
+    std::thread asking([&effect] {
+        try {
+            effect.presets();
+            print("answered");
+        } catch (const PlatformError &error) {
+            print(error.what());
+        }
+        std::quick_exit(0);
+    });
+    // By now it most likely has.
+    std::this_thread::sleep_for(milliseconds(100));
+    print("asked");
+    asking.join();
+    std::quick_exit(6);
+}
+
 [[noreturn]] void end(const std::string &way, EffectProcess &effect)
 {
+    if (way == "ask")
+        ask(effect);
     if (way == "interrupt")
         outliveInterrupt(effect);
     if (way == "quick_exit")
@@ -87,7 +111,10 @@ int main(int count, char **arguments)
         return 2;
     std::signal(SIGINT, [](int) { interrupted = true; });
     // Not destroyed at any end but a regular one, like those of a program.
-    EffectProcess effect(EFFECT_PROGRAM, {arguments[2], {SABOTAGE_LV2_FOLDER "/sabotage.lv2"}}, {});
+    EffectProcess::Limits limits;
+    limits.request = milliseconds(3000);
+    EffectProcess effect(EFFECT_PROGRAM, {arguments[2], {SABOTAGE_LV2_FOLDER "/sabotage.lv2"}},
+                         limits);
     effect.prepare(48000.0, frames);
     // Until it hangs, if it is one that does.
     const SabotageFolder sabotage(std::getenv("SABOTAGE_FOLDER"));

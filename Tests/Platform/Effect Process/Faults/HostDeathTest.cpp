@@ -6,6 +6,7 @@
 
 #include <array>
 #include <csignal>
+#include <thread>
 #include <tuple>
 
 #include <fcntl.h>
@@ -84,12 +85,19 @@ public:
 
     pid_t identifier() const { return process_; }
 
-    /// What it prints: the number of its effect's process.
-    pid_t effect() const
+    /// The next line that it prints.
+    std::string line() const
     {
         std::string text;
         for (char c = 0; ::read(output_, &c, 1) == 1 && c != '\n';)
             text += c;
+        return text;
+    }
+
+    /// What it prints first: the number of its effect's process.
+    pid_t effect() const
+    {
+        const std::string text = line();
         return text.empty() ? -1 : std::stoi(text);
     }
 
@@ -156,6 +164,39 @@ TEST_F(EffectIsolationTest, InterruptingTheHostFromTheKeyboardLeavesTheEffectAlo
     EXPECT_EQ(host.wait(), 0);
     EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
 }
+
+class HostStopTest : public SabotageFixture, public testing::WithParamInterface<bool>
+{
+};
+
+TEST_P(HostStopTest, IsNoReproachToTheEffect)
+{
+    const bool effectIsStoppedToo = GetParam();
+    const ErrorLines errors;
+    DyingHost host("ask", uri("never", "none"));
+    const Watched effect(host.effect());
+    ASSERT_TRUE(effect.isThere());
+    // Not to answer before the host is stopped.
+    sendSignal(effect.identifier(), SIGSTOP);
+    sendSignal(host.identifier(), SIGINT);
+    EXPECT_EQ(host.line(), "asked");
+    sendSignal(host.identifier(), SIGSTOP);
+    if (!effectIsStoppedToo)
+        sendSignal(effect.identifier(), SIGCONT);
+    // Longer than the effect may take.
+    std::this_thread::sleep_for(std::chrono::seconds(4));
+    sendSignal(host.identifier(), SIGCONT);
+    sendSignal(effect.identifier(), SIGCONT);
+    EXPECT_EQ(host.line(), "answered");
+    EXPECT_EQ(host.wait(), 0);
+    EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
+    EXPECT_TRUE(errors.with("The effect '").empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Stops, HostStopTest, testing::Bool(),
+                         [](const testing::TestParamInfo<bool> &isBoth) {
+                             return isBoth.param ? "OfBoth" : "OfTheHostAlone";
+                         });
 
 TEST_F(EffectIsolationTest, QuittingLeavesNoFilesOfTheEffect)
 {

@@ -234,6 +234,8 @@ const std::map<std::string, Lie> liesOnRequest{
          answer(number, bytes(std::vector<std::string>{}));
          answer(number, bytes(std::vector<std::string>{}));
      }},
+    {"request_work_hangs_at_length",
+     [](auto) { sendMessage(MessageKind::workHangs, 0, bytes(std::uint64_t{30})); }},
     {"request_answers_the_start_again", [](auto) { answer(0, bytes(description())); }},
 };
 
@@ -326,8 +328,7 @@ const std::map<std::string, std::function<void(LinkMemory &)>> liesInMemory{
 void overwrite(LinkMemory &memory)
 {
     auto *const begin = reinterpret_cast<std::byte *>(&memory.header());
-    const auto *const end =
-        reinterpret_cast<std::byte *>(memory.outputs()[1] + memory.shape().maximumFrames);
+    const auto *const end = memory.outputEvents().data() + memory.outputEvents().size();
     std::fill(begin, const_cast<std::byte *>(end), std::byte{0xA5});
 }
 

@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(Lies, LieOnRequest,
                                          "request_wrong_count", "request_no_count",
                                          "request_name_is_no_text", "request_endless_names",
                                          "request_refusal_is_no_text", "request_answers_another",
-                                         "request_answers_twice",
+                                         "request_answers_twice", "request_work_hangs_at_length",
                                          "request_answers_the_start_again"),
                          nameOf);
 

@@ -289,4 +289,36 @@ TEST_F(RecoveryTest, DetachingDoesNotWaitForARequestThatHangs)
               promptly);
 }
 
+class FirstPreparation : public SabotageFixture, public testing::WithParamInterface<bool>
+{
+};
+
+TEST_P(FirstPreparation, IsNotWaitedForByStopping)
+{
+    const ErrorLines errors;
+    const auto stopped = unit("never", "none");
+    const AVAudioFormat format(PacedDevice::sampleRate, 2);
+    AVAudioEngine engine(std::make_unique<PacedDevice>(std::make_shared<PacedDevice::Report>()));
+    if (GetParam())
+        engine.enableManualRenderingMode(format, PacedDevice::framesPerBlock);
+    const auto node = std::make_shared<AVAudioUnit>(stopped);
+    engine.connect(node, engine.mainMixerNode(), std::make_shared<AVAudioFormat>(format));
+    engine.connect(engine.mainMixerNode(), engine.outputNode(), nullptr);
+
+    sendSignal(stopped->process().processIdentifier(), SIGSTOP);
+    auto start = std::async(std::launch::async, [&] { engine.start(); });
+    // It may come too early, but at last it comes in between.
+    while (start.wait_for(milliseconds(1)) != std::future_status::ready)
+        EXPECT_LT(timeOf([&] { engine.stop(); }), promptly);
+    start.get();
+    EXPECT_TRUE(errors.waitFor("gave no answer before its end; it is started again."));
+    engine.stop();
+    engine.detach(node);
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, FirstPreparation, testing::Bool(),
+                         [](const testing::TestParamInfo<bool> &isByHand) {
+                             return isByHand.param ? "ByHand" : "Live";
+                         });
+
 } // namespace

@@ -6,6 +6,7 @@
 
 #include "Platform/Audio/LocalAudioUnit.hpp"
 #include "Platform/Audio/RemoteAudioUnit.hpp"
+#include "Platform/Foundation/PlatformError.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 
 #include <gmock/gmock.h>
@@ -22,9 +23,9 @@ enum class Place { thisProcess, ownProcess };
 class RudeEffect : public testing::Test
 {
 protected:
-    static std::shared_ptr<AUAudioUnit> unit(Place place, const std::string &rudeness)
+    static std::shared_ptr<AUAudioUnit> unit(Place place, const std::string &uri)
     {
-        const AVAudioUnitComponent component({}, "urn:test:rude:" + rudeness);
+        const AVAudioUnitComponent component({}, uri);
         if (place == Place::thisProcess)
             return std::make_shared<LocalAudioUnit>(component);
         return std::make_shared<RemoteAudioUnit>(component);
@@ -46,6 +47,7 @@ class RudeSamples : public RudeEffect,
 protected:
     static Place place() { return std::get<0>(GetParam()); }
     static std::string rudeness() { return std::get<1>(GetParam()); }
+    static std::string uri() { return "urn:test:rude:" + rudeness(); }
     static bool isNumber() { return rudeness().find("denormal") != std::string::npos; }
 };
 
@@ -54,7 +56,7 @@ TEST_P(RudeSamples, ReachNoDevice)
     const ErrorLines errors;
     std::atomic<int> bad{0};
     std::atomic<int> blocks{0};
-    PlayingHost host(unit(place(), rudeness()), test::constant(2, 4800, 0.25F),
+    PlayingHost host(unit(place(), uri()), test::constant(2, 4800, 0.25F),
                      [&](const float *samples, std::uint32_t frames) {
                          for (std::uint32_t i = 0; i < 2 * frames; ++i)
                              if (samples[i] != 0.0F && !std::isnormal(samples[i]))
@@ -95,7 +97,7 @@ class SlowEffect : public RudeEffect, public testing::WithParamInterface<Place>
 TEST_P(SlowEffect, IsToldOfAndHoldsNobodyUp)
 {
     const ErrorLines errors;
-    const auto slow = unit(GetParam(), "slow");
+    const auto slow = unit(GetParam(), "urn:test:rude:slow");
     PlayingHost host(slow, test::constant(2, 4800, 0.25F));
     const std::string line =
         GetParam() == Place::thisProcess
@@ -117,6 +119,41 @@ TEST_P(SlowEffect, IsToldOfAndHoldsNobodyUp)
 }
 
 INSTANTIATE_TEST_SUITE_P(Places, SlowEffect, testing::Values(Place::thisProcess, Place::ownProcess),
+                         [](const testing::TestParamInfo<Place> &place) {
+                             return nameOf(place.param);
+                         });
+
+// --- No instance any more ---------------------------------------------------------------
+
+class SulkingEffect : public RudeEffect, public testing::WithParamInterface<Place>
+{
+};
+
+TEST_P(SulkingEffect, IsSilentUntilItIsWantedInAnotherWay)
+{
+    const ErrorLines errors;
+    const auto sulking = unit(GetParam(), "urn:test:sulking");
+    PlayingHost host(sulking, test::constant(2, 4800, 0.25F));
+    ASSERT_TRUE(host.sounds());
+    host.useRate(192000.0);
+    ASSERT_TRUE(errors.waitFor("The effect 'Test Sulking' cannot render: "));
+    EXPECT_TRUE(host.goesOn());
+    sulking->setContextName("Song");
+    EXPECT_EQ(sulking->contextName(), "Song");
+    EXPECT_EQ(sulking->latency(), 0.0);
+    EXPECT_THROW(sulking->setCurrentPreset(sulking->factoryPresets()->at(0)), PlatformError);
+    EXPECT_TRUE(host.goesOn());
+
+    host.useRate(48000.0);
+    EXPECT_TRUE(host.sounds());
+    sulking->setCurrentPreset(sulking->factoryPresets()->at(0));
+    EXPECT_TRUE(eventually([&] { return host.report().sample == 0.125F; }));
+    // Once for each of the two connections.
+    EXPECT_EQ(errors.with("The effect '").size(), 2U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, SulkingEffect,
+                         testing::Values(Place::thisProcess, Place::ownProcess),
                          [](const testing::TestParamInfo<Place> &place) {
                              return nameOf(place.param);
                          });

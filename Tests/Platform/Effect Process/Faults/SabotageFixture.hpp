@@ -73,6 +73,7 @@ protected:
         limits.audio = std::chrono::milliseconds(400 * slowness);
         limits.request = std::chrono::milliseconds(400 * slowness);
         limits.instantiation = std::chrono::milliseconds(1000 * slowness);
+        limits.work = std::chrono::milliseconds(400 * slowness);
         return limits;
     }
 
