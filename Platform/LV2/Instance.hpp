@@ -28,8 +28,8 @@ namespace platform::lv2
 {
 
 /// Whether it is watched that plug-ins keep to their buffers, unless said otherwise:
-/// in debug builds, since it costs copying each block.
-#if defined(NDEBUG)
+/// in debug builds and under the address sanitizer, since it costs copying each block.
+#if defined(NDEBUG) && !defined(PARVANE_CHECKS_BOUNDS)
 inline constexpr bool boundsAreChecked = false;
 #else
 inline constexpr bool boundsAreChecked = true;
