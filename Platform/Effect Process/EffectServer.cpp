@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds lookAtSocket{500};
 // How often what the plug-in said on its audio thread is written out.
 constexpr std::chrono::milliseconds logInterval{20};
 
-// After a change in the view, until the host gets to know the settings.
+// After a change, until the host gets to know the settings.
 constexpr std::chrono::milliseconds settingsDelay{500};
 
 } // namespace
@@ -49,16 +49,20 @@ bool EffectServer::run()
         waitForNews();
         if (!socket_.receive())
             return false;
+        // Before a request replaces the instance.
+        const bool stateHasChanged = hosted_ && hosted_->instance().takeStateChange();
         for (auto &requests = socket_.received(); !requests.empty() && !isEnding_;) {
             Message request = std::move(requests.front());
             requests.pop_front();
             handle(std::move(request));
         }
+        if (!hosted_)
+            continue;
         // Behind the answer: the sound does not wait for a view that comes back.
-        if (hosted_)
-            view_.resume(*hosted_);
+        view_.resume(*hosted_);
         // Once between two looks at the socket: a slow view delays no request by more.
-        sendSettingsWhenDue(view_.turn());
+        const bool viewHasChanged = view_.turn();
+        sendSettingsWhenDue(viewHasChanged || stateHasChanged);
     }
     return true;
 }

@@ -49,7 +49,7 @@ private:
 
     MessageSocket socket_;
     bool isEnding_ = false;
-    // When what the view has changed is to be told.
+    // When what the view or the plug-in itself has changed is to be told.
     std::optional<ViewServer::Clock::time_point> settingsAreDue_;
     std::unique_ptr<lv2::HostedPlugin> hosted_;
     std::unique_ptr<lv2::PollingThread> logWriter_;

@@ -88,6 +88,10 @@ public:
     /// The values of the control inputs by their symbols.
     std::map<std::string, float> controls() const { return buffers_.controls(); }
 
+    /// Whether the plug-in has said since the last call that its state has changed by
+    /// itself. Any thread.
+    bool takeStateChange() { return stateHasChanged_.exchange(false, std::memory_order_relaxed); }
+
     // For the plug-in's view. ----------------------------------------------------
 
     /// Events from and to the atom ports.
@@ -169,6 +173,7 @@ private:
     std::atomic<PortTraffic *> traffic_{nullptr};
     InstancePointer instance_;
     bool restoresWhileRunning_;
+    std::atomic<bool> stateHasChanged_{false};
     std::atomic<float> latency_{0.0F};
 };
 
