@@ -31,7 +31,7 @@ constexpr std::chrono::milliseconds lookAtWork{100};
 // How often what the plug-in said on its audio thread is written out.
 constexpr std::chrono::milliseconds logInterval{20};
 
-// After a change in the view, until the host gets to know the settings.
+// After a change, until the host gets to know the settings.
 constexpr std::chrono::milliseconds settingsDelay{500};
 
 } // namespace
@@ -52,17 +52,21 @@ bool EffectServer::run()
         waitForNews();
         if (!socket_.receive())
             return false;
+        // Before a request replaces the instance.
+        const bool stateHasChanged = hosted_ && hosted_->takeStateChange();
         for (auto &requests = socket_.received(); !requests.empty() && !isEnding_;) {
             Message request = std::move(requests.front());
             requests.pop_front();
             handle(std::move(request));
         }
+        if (!hosted_)
+            continue;
         checkWork();
         // Behind the answer: the sound does not wait for a view that comes back.
-        if (hosted_)
-            view_.resume(*hosted_);
+        view_.resume(*hosted_);
         // Once between two looks at the socket: a slow view delays no request by more.
-        sendSettingsWhenDue(view_.turn());
+        const bool viewHasChanged = view_.turn();
+        sendSettingsWhenDue(viewHasChanged || stateHasChanged);
     }
     return true;
 }
@@ -204,8 +208,7 @@ bool EffectServer::loadPreset(std::span<const std::byte> body)
 void EffectServer::checkWork()
 {
     const auto lived = time_.look();
-    const auto since = hosted_ ? hosted_->workingFor() : std::chrono::nanoseconds(0);
-    work_ = std::min<std::chrono::nanoseconds>(work_ + lived, since);
+    work_ = std::min<std::chrono::nanoseconds>(work_ + lived, hosted().workingFor());
     if (work_ > workLimit_)
         send(MessageKind::workHangs, 0, {});
 }
@@ -213,7 +216,7 @@ void EffectServer::checkWork()
 void EffectServer::sendSettings()
 {
     settingsAreDue_.reset();
-    send(MessageKind::settings, 0, MessageWriter::message(hosted().instance().save()));
+    send(MessageKind::settings, 0, MessageWriter::message(hosted().save()));
 }
 
 void EffectServer::sendSettingsWhenDue(bool haveChanged)

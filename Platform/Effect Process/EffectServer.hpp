@@ -55,7 +55,7 @@ private:
     LivedTime time_;
     std::chrono::nanoseconds work_{0};
     std::chrono::milliseconds workLimit_{0};
-    // When what the view has changed is to be told.
+    // When what the view or the plug-in itself has changed is to be told.
     std::optional<ViewServer::Clock::time_point> settingsAreDue_;
     std::unique_ptr<lv2::HostedPlugin> hosted_;
     std::unique_ptr<lv2::PollingThread> logWriter_;

@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -34,6 +35,13 @@ void offerItselfFirst()
     std::ofstream("/proc/self/oom_score_adj") << 500;
 }
 
+/// Large memory is fresh from the system, and so zeroed, whatever was freed before: some
+/// plug-ins rely on that.
+void keepLargeMemoryFresh()
+{
+    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+}
+
 bool hasSocket()
 {
     int type = 0;
@@ -55,6 +63,7 @@ int main()
     if (hostIsGone())
         return 1;
     offerItselfFirst();
+    keepLargeMemoryFresh();
     // Outside: a plug-in that failed, or whose host has gone, is not asked to end. It
     // might not, and would stay for ever.
     platform::effect::EffectServer server{FileDescriptor(ChildProcess::socketNumber)};

@@ -23,11 +23,12 @@ constexpr std::size_t padded(std::size_t size)
 
 } // namespace
 
-EventBuffer::EventBuffer(std::uint32_t capacity)
+EventBuffer::EventBuffer(std::uint32_t capacity, std::uint32_t reserve)
     : capacity_(static_cast<std::uint32_t>(
           padded(std::max<std::size_t>(capacity, sizeof(LV2_Atom_Sequence))))),
-      words_(capacity_ / wordSize + guardWords, untouched)
+      words_(std::max<std::size_t>(capacity_, padded(reserve)) / wordSize + guardWords)
 {
+    guardEnd();
     // The symbols are looked up here, before there is an audio callback.
     Symbols::shared();
     clear();
@@ -49,10 +50,26 @@ void EventBuffer::offerChunk() noexcept
     s.atom.type = Symbols::shared().atomChunk;
 }
 
+void EventBuffer::guardEnd() noexcept
+{
+    std::fill_n(words_.data() + capacity_ / wordSize, guardWords, untouched);
+}
+
 bool EventBuffer::isIntact() const noexcept
 {
-    return std::all_of(words_.end() - guardWords, words_.end(),
-                       [](std::uint64_t word) { return word == untouched; });
+    const std::uint64_t *const end = words_.data() + capacity_ / wordSize;
+    return std::all_of(end, end + guardWords, [](std::uint64_t word) { return word == untouched; });
+}
+
+bool EventBuffer::grow(std::size_t capacity) noexcept
+{
+    if (capacity <= capacity_)
+        return true;
+    if (capacity > (words_.size() - guardWords) * wordSize)
+        return false;
+    capacity_ = static_cast<std::uint32_t>(padded(capacity));
+    guardEnd();
+    return true;
 }
 
 bool EventBuffer::append(std::int64_t frame, LV2_URID type,

@@ -24,13 +24,17 @@ public:
         std::span<const std::uint8_t> bytes; ///< the atom's body, in the buffer
     };
 
-    /// Room for `capacity` bytes, of which the header takes 16.
-    explicit EventBuffer(std::uint32_t capacity);
+    /// Room for `capacity` bytes, of which the header takes 16; `reserve` is how far it
+    /// may grow, if that is more.
+    explicit EventBuffer(std::uint32_t capacity, std::uint32_t reserve = 0);
 
     /// What the port is connected to.
     LV2_Atom_Sequence *sequence() { return reinterpret_cast<LV2_Atom_Sequence *>(words_.data()); }
     /// In bytes, the header among them.
     std::uint32_t capacity() const { return capacity_; }
+    /// Makes room for so many bytes, where they are and with what they hold. Answers
+    /// false when the reserve is smaller.
+    REALTIME bool grow(std::size_t capacity) noexcept;
 
     /// An empty sequence, for an input.
     REALTIME void clear() noexcept;
@@ -57,12 +61,13 @@ public:
     }
 
 private:
+    void guardEnd() noexcept;
     const LV2_Atom_Event *first() noexcept;
     const LV2_Atom_Event *next(const LV2_Atom_Event *event) noexcept;
     const LV2_Atom_Event *checked(std::size_t offset) noexcept;
 
     std::uint32_t capacity_;
-    // Eight-byte words, since atoms are aligned so, and some behind the end as a guard.
+    // Eight-byte words, since atoms are aligned so: the capacity, a guard, the reserve.
     std::vector<std::uint64_t> words_;
 };
 

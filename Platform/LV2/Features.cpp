@@ -42,6 +42,7 @@ constexpr std::array servedFeatures{
     std::string_view(LV2_BUF_SIZE__powerOf2BlockLength),
     std::string_view(LV2_BUF_SIZE__coarseBlockLength),
     std::string_view(LV2_PORT_PROPS__supportsStrictBounds),
+    std::string_view(LV2_RESIZE_PORT__resize),
     std::string_view(LV2_CORE__isLive),
     std::string_view(LV2_STATE__loadDefaultState),
     std::string_view(LV2_STATE__threadSafeRestore),
@@ -79,7 +80,8 @@ bool Features::servesOption(std::string_view option)
     return std::find(servedOptions.begin(), servedOptions.end(), option) != servedOptions.end();
 }
 
-Features::Features(const Values &values, Exchange &exchange, Worker &worker)
+Features::Features(const Values &values, Exchange &exchange, Worker &worker,
+                   LV2_Resize_Port_Resize *resize)
     : sampleRate_(static_cast<float>(values.sampleRate)),
       minimumFrames_(static_cast<std::int32_t>(values.runLengths.shortest(values.maximumFrames))),
       maximumFrames_(static_cast<std::int32_t>(values.runLengths.longest(values.maximumFrames))),
@@ -93,7 +95,9 @@ Features::Features(const Values &values, Exchange &exchange, Worker &worker)
       scheduleInRestore_{LV2_WORKER__schedule, worker.scheduleFromRestore()},
       makePath_{LV2_STATE__makePath, exchange.files.makePathFeature()},
       mapPath_{LV2_STATE__mapPath, exchange.files.mapPathFeature()},
-      freePath_{LV2_STATE__freePath, exchange.files.freePathFeature()}
+      freePath_{LV2_STATE__freePath, exchange.files.freePathFeature()}, resizePort_{
+                                                                            LV2_RESIZE_PORT__resize,
+                                                                            resize}
 {
     fillOptions();
     fillLists(values.runLengths);
@@ -137,7 +141,8 @@ void Features::fillLists(const RunLengths &lengths)
                      &freePath_,
                      &threadSafeRestore,
                      &coarseBlockLength,
-                     &supportsStrictBounds};
+                     &supportsStrictBounds,
+                     &resizePort_};
     // Offered to those alone that insist: for others blocks stay as they come.
     auto end = std::find(instanceList_.begin(), instanceList_.end(), nullptr);
     if (lengths.areFixed)

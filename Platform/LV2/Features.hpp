@@ -6,6 +6,7 @@
 
 #include <lv2/core/lv2.h>
 #include <lv2/options/options.h>
+#include <lv2/resize-port/resize-port.h>
 
 #include <array>
 #include <cstdint>
@@ -38,8 +39,10 @@ public:
     /// Whether a plug-in may require the option of this URI.
     static bool servesOption(std::string_view option);
 
-    /// Features whose pointers are valid as long as this, the exchange and the worker.
-    Features(const Values &values, Exchange &exchange, Worker &worker);
+    /// Features whose pointers are valid as long as this, the exchange, the worker and
+    /// what lets the plug-in enlarge its ports.
+    Features(const Values &values, Exchange &exchange, Worker &worker,
+             LV2_Resize_Port_Resize *resize);
     Features(const Features &) = delete;
     Features &operator=(const Features &) = delete;
 
@@ -74,7 +77,8 @@ private:
     LV2_Feature makePath_;
     LV2_Feature mapPath_;
     LV2_Feature freePath_;
-    std::array<const LV2_Feature *, 17> instanceList_{};
+    LV2_Feature resizePort_;
+    std::array<const LV2_Feature *, 18> instanceList_{};
     std::array<const LV2_Feature *, 10> stateList_{};
 };
 

@@ -69,8 +69,7 @@ void HostedPlugin::prepare(double sampleRate, std::uint32_t maximumFrames)
     settings.maximumFrames = plugin_->runLengths().areFixed
                                  ? maximumFrames
                                  : std::max(settings_.maximumFrames, maximumFrames);
-    if (instance_)
-        state_ = instance_->save();
+    state_ = save();
     // Never two at a time: some plug-ins share tables for one sample rate among their
     // instances, and refuse another beside it or play with the wrong ones.
     instance_.reset();

@@ -72,6 +72,12 @@ public:
         return instance_ ? instance_->workingFor() : std::chrono::nanoseconds(0);
     }
 
+    /// The state of the instance, or what the next one will have.
+    State save() { return instance_ ? instance_->save() : state_; }
+
+    /// As that of the instance; none has nothing to say.
+    bool takeStateChange() { return instance_ && instance_->takeStateChange(); }
+
     /// Brings the plug-in into the state of a preset, counted from 0. Answers false
     /// when there is none of that number.
     bool loadPreset(std::size_t number);

@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 #include <lv2/options/options.h>
+#include <lv2/resize-port/resize-port.h>
 #include <lv2/state/state.h>
 #include <lv2/worker/worker.h>
 
@@ -63,11 +64,12 @@ Plugin &servable(Plugin &plugin)
 Instance::Instance(Plugin &plugin, Exchange &exchange, const Settings &settings,
                    const State *restored)
     : plugin_(servable(plugin)), exchange_(exchange), settings_(settings),
-      buffers_(plugin.ports(), settings.sampleRate, settings.maximumFrames),
+      buffers_(plugin.ports(), settings.sampleRate, settings.maximumFrames,
+               plugin.hasFeature(LV2_RESIZE_PORT__resize)),
       position_(settings.sampleRate), worker_(settings.isOffline),
       features_({settings.sampleRate, settings.maximumFrames, plugin.runLengths(),
                  buffers_.sequenceSize(), settings.contextName},
-                exchange, worker_),
+                exchange, worker_, buffers_.resizeFeature()),
       instance_(plugin.instantiate(settings.sampleRate, features_.forInstance())),
       restoresWhileRunning_(plugin.hasFeature(LV2_STATE__threadSafeRestore))
 {
@@ -106,7 +108,7 @@ void Instance::makeRunBuffers()
     if (lengths.areFixed)
         fixedRuns_.emplace(FixedRuns::Shape{buffers_.inputCount(), buffers_.outputCount(),
                                             buffers_.midiOutputs().size(), longest,
-                                            buffers_.sequenceSize()});
+                                            buffers_.largestSequence()});
     else
         parts_.emplace(buffers_.inputCount(), buffers_.outputCount());
 }
@@ -235,6 +237,8 @@ void Instance::runConnected(std::uint32_t frames, std::int64_t sampleTime,
         addEvents(*midi);
     lilv_instance_run(instance_.get(), frames);
     worker_.finishRun();
+    if (buffers_.stateHasChanged())
+        stateHasChanged_.store(true, std::memory_order_relaxed);
     if (traffic && traffic->isWatched()) {
         traffic->collect(buffers_);
         buffers_.publishOutputs();
@@ -345,7 +349,7 @@ bool Instance::loadState(const std::string &uri)
 PortTraffic &Instance::traffic()
 {
     if (!ownTraffic_) {
-        ownTraffic_ = std::make_unique<PortTraffic>(buffers_.sequenceSize());
+        ownTraffic_ = std::make_unique<PortTraffic>(buffers_.largestSequence());
         traffic_.store(ownTraffic_.get(), std::memory_order_release);
     }
     return *ownTraffic_;

@@ -29,8 +29,8 @@ namespace platform::lv2
 {
 
 /// Whether it is watched that plug-ins keep to their buffers, unless said otherwise:
-/// in debug builds, since it costs copying each block.
-#if defined(NDEBUG)
+/// in debug builds and under the address sanitizer, since it costs copying each block.
+#if defined(NDEBUG) && !defined(PARVANE_CHECKS_BOUNDS)
 inline constexpr bool boundsAreChecked = false;
 #else
 inline constexpr bool boundsAreChecked = true;
@@ -88,6 +88,10 @@ public:
     void setControl(const std::string &symbol, float value) { buffers_.setControl(symbol, value); }
     /// The values of the control inputs by their symbols.
     std::map<std::string, float> controls() const { return buffers_.controls(); }
+
+    /// Whether the plug-in has said since the last call that its state has changed by
+    /// itself. Any thread.
+    bool takeStateChange() { return stateHasChanged_.exchange(false, std::memory_order_relaxed); }
 
     // For the plug-in's view. ----------------------------------------------------
 
@@ -173,6 +177,7 @@ private:
     std::atomic<PortTraffic *> traffic_{nullptr};
     InstancePointer instance_;
     bool restoresWhileRunning_;
+    std::atomic<bool> stateHasChanged_{false};
     std::atomic<float> latency_{0.0F};
 };
 

@@ -377,13 +377,15 @@ bool Plugin::canServe(const LilvUI *view) const
     return std::all_of(features.begin(), features.end(), ViewFeatures::serves);
 }
 
-std::shared_ptr<void> Plugin::openBinary() const
+// Never unloaded: a thread of the plug-in's own may still be at its last instructions
+// when the instance has gone.
+void Plugin::keepBinary() const
 {
     const auto binary = filePath(lilv_plugin_get_library_uri(plugin_));
     if (!binary)
         throw PlatformError(fmt::format("{} cannot be loaded: it names no binary.", name_));
-    if (void *handle = ::dlopen(binary->c_str(), RTLD_NOW | RTLD_LOCAL))
-        return {handle, ::dlclose};
+    if (::dlopen(binary->c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE))
+        return;
     const char *reason = ::dlerror();
     throw PlatformError(fmt::format("{} cannot be loaded: {}.", name_, reason ? reason : *binary));
 }
@@ -392,7 +394,7 @@ InstancePointer Plugin::instantiate(double sampleRate, const LV2_Feature *const 
 {
     const std::lock_guard lock(instantiationMutex());
     // lilv opens it again, but of a failure it would not say why.
-    const std::shared_ptr<void> binary = openBinary();
+    keepBinary();
     InstancePointer instance(lilv_plugin_instantiate(plugin_, sampleRate, features));
     if (!instance)
         throw PlatformError(fmt::format("{} refuses to be used at {} Hz.", name_, sampleRate));

@@ -80,7 +80,7 @@ private:
     std::string bankOf(const LilvNode *preset) const;
     std::optional<ViewDescription> describeView(const LilvUI *view) const;
     bool canServe(const LilvUI *view) const;
-    std::shared_ptr<void> openBinary() const;
+    void keepBinary() const;
 
     WorldPointer world_;
     const LilvPlugin *plugin_ = nullptr;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace platform::lv2
 {
@@ -14,13 +15,21 @@ namespace
 // A block's worth of dense MIDI and some long system exclusives.
 constexpr std::uint32_t usualSequenceSize = 32768;
 
+// How far a plug-in may enlarge a port for events, which happens on the audio callback:
+// the memory is there from the beginning.
+constexpr std::uint32_t mostEnlarged = 1048576;
+
 } // namespace
 
 PortBuffers::PortBuffers(const std::vector<Port> &ports, double sampleRate,
-                         std::uint32_t maximumFrames)
-    : ports_(ports), sampleRate_(sampleRate), owned_(ports.size(), nullptr),
-      silence_(maximumFrames, 0.0F), nowhere_(maximumFrames, 0.0F), values_(ports.size(), 0.0F),
-      wanted_(ports.size()), events_(ports.size(), nullptr)
+                         std::uint32_t maximumFrames, bool mayGrow)
+    : ports_(ports), sampleRate_(sampleRate), reserve_(mayGrow ? mostEnlarged : 0),
+      resize_{this,
+              [](LV2_Resize_Port_Feature_Data self, std::uint32_t port, std::size_t size) {
+                  return static_cast<PortBuffers *>(self)->resize(port, size);
+              }},
+      owned_(ports.size(), nullptr), silence_(maximumFrames, 0.0F), nowhere_(maximumFrames, 0.0F),
+      values_(ports.size(), 0.0F), wanted_(ports.size()), events_(ports.size(), nullptr)
 {
     for (const Port &port : ports_) {
         switch (port.kind) {
@@ -76,7 +85,8 @@ void PortBuffers::addControl(const Port &port)
 
 void PortBuffers::addEvents(const Port &port)
 {
-    auto buffer = std::make_unique<EventBuffer>(std::max(port.minimumSize, usualSequenceSize));
+    auto buffer =
+        std::make_unique<EventBuffer>(std::max(port.minimumSize, usualSequenceSize), reserve_);
     owned_[port.index] = buffer->sequence();
     events_[port.index] = buffer.get();
     if (port.isInput) {
@@ -99,6 +109,19 @@ std::uint32_t PortBuffers::sequenceSize() const
     for (const Port &port : ports_)
         size = std::max(size, port.minimumSize);
     return size;
+}
+
+std::uint32_t PortBuffers::largestSequence() const
+{
+    return std::max(sequenceSize(), reserve_);
+}
+
+LV2_Resize_Port_Status PortBuffers::resize(std::uint32_t port, std::size_t size) noexcept
+{
+    EventBuffer *const buffer = events(port);
+    if (!buffer)
+        return LV2_RESIZE_PORT_ERR_UNKNOWN;
+    return buffer->grow(size) ? LV2_RESIZE_PORT_SUCCESS : LV2_RESIZE_PORT_ERR_NO_SPACE;
 }
 
 void PortBuffers::connect(LilvInstance *instance)
@@ -161,6 +184,22 @@ bool PortBuffers::eventsAreIntact() const noexcept
     const auto isIntact = [](const auto &buffer) { return buffer->isIntact(); };
     return std::all_of(eventInputs_.begin(), eventInputs_.end(), isIntact) &&
            std::all_of(eventOutputs_.begin(), eventOutputs_.end(), isIntact);
+}
+
+bool PortBuffers::stateHasChanged() noexcept
+{
+    const Symbols &symbols = Symbols::shared();
+    bool hasChanged = false;
+    for (const auto &buffer : eventOutputs_)
+        buffer->forEach([&](const EventBuffer::Event &event) {
+            LV2_Atom_Object_Body object{};
+            if ((event.type != symbols.atomObject && event.type != symbols.atomBlank) ||
+                event.bytes.size() < sizeof object)
+                return;
+            std::memcpy(&object, event.bytes.data(), sizeof object);
+            hasChanged |= object.otype == symbols.stateChanged;
+        });
+    return hasChanged;
 }
 
 void PortBuffers::storeControl(std::uint32_t index, float value)

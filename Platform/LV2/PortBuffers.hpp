@@ -6,6 +6,7 @@
 #include "Platform/LV2/TimePosition.hpp"
 
 #include <lilv/lilv.h>
+#include <lv2/resize-port/resize-port.h>
 
 #include <atomic>
 #include <cstdint>
@@ -23,8 +24,10 @@ namespace platform::lv2
 class PortBuffers
 {
 public:
-    /// Memory for all ports, with the controls at their default values.
-    PortBuffers(const std::vector<Port> &ports, double sampleRate, std::uint32_t maximumFrames);
+    /// Memory for all ports, with the controls at their default values. Where `mayGrow`,
+    /// the plug-in may enlarge its ports for events.
+    PortBuffers(const std::vector<Port> &ports, double sampleRate, std::uint32_t maximumFrames,
+                bool mayGrow = false);
     PortBuffers(const PortBuffers &) = delete;
     PortBuffers &operator=(const PortBuffers &) = delete;
 
@@ -33,8 +36,13 @@ public:
     /// Audio outputs of the main signal.
     std::size_t outputCount() const { return outputs_.size(); }
 
-    /// The largest buffer of an atom port, in bytes.
+    /// The largest buffer of an atom port at first, in bytes.
     std::uint32_t sequenceSize() const;
+    /// The same when the plug-in has enlarged it as far as it may.
+    std::uint32_t largestSequence() const;
+
+    /// What lets the plug-in enlarge its ports for events in a run.
+    LV2_Resize_Port_Resize *resizeFeature() { return &resize_; }
 
     /// Connects every port, the main audio for a run of no frames.
     void connect(LilvInstance *instance);
@@ -55,6 +63,9 @@ public:
 
     /// Whether the plug-in kept to its buffers for events.
     REALTIME bool eventsAreIntact() const noexcept;
+
+    /// Whether the plug-in said in the last run that its state has changed by itself.
+    REALTIME bool stateHasChanged() noexcept;
 
     /// Where MIDI goes in; null where the plug-in takes none.
     EventBuffer *midiInput() { return midiInput_; }
@@ -105,9 +116,12 @@ private:
     void addEvents(const Port &port);
     float *valuesOf(const Port &port);
     void storeControl(std::uint32_t index, float value);
+    REALTIME LV2_Resize_Port_Status resize(std::uint32_t port, std::size_t size) noexcept;
 
     const std::vector<Port> ports_;
     const double sampleRate_;
+    const std::uint32_t reserve_; // of each atom port, in bytes
+    LV2_Resize_Port_Resize resize_;
     // The main audio ports and what each was last connected to.
     std::vector<Connection> inputs_;
     std::vector<Connection> outputs_;

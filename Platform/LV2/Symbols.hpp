@@ -9,6 +9,7 @@ namespace platform::lv2
 struct Symbols {
     ///@{
     /// The number of the URI of that name.
+    LV2_URID atomBlank; ///< what objects were called before
     LV2_URID atomChunk;
     LV2_URID atomDouble;
     LV2_URID atomFloat;
@@ -20,6 +21,7 @@ struct Symbols {
     LV2_URID atomSequence;
     LV2_URID atomString;
     LV2_URID midiEvent;
+    LV2_URID stateChanged;
     LV2_URID timePosition;
     ///@}
 

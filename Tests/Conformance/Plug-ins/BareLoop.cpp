@@ -16,6 +16,8 @@
 #include <optional>
 #include <utility>
 
+#include <dlfcn.h>
+
 namespace conformance
 {
 
@@ -34,21 +36,36 @@ int saysNothingEither(LV2_Log_Handle, LV2_URID, const char *, ...)
     return 0;
 }
 
+/// Threads of some plug-ins still end when their instance has gone: their code stays.
+void keepLoaded(const LilvPlugin *plugin)
+{
+    char *const path =
+        lilv_file_uri_parse(lilv_node_as_uri(lilv_plugin_get_library_uri(plugin)), nullptr);
+    ::dlopen(path, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    lilv_free(path);
+}
+
 } // namespace
 
-BareLoop::BareLoop(std::string uri, double sampleRate, std::uint32_t mostFrames)
-    : uri_(std::move(uri)), world_(lilv_world_new())
+BareWorld::BareWorld() : world_(lilv_world_new())
 {
     lilv_world_load_all(world_.get());
-    const NodePointer node = uriNode(world_.get(), uri_.c_str());
-    plugin_ = lilv_plugins_get_by_uri(lilv_world_get_all_plugins(world_.get()), node.get());
+}
+
+BareLoop::BareLoop(const BareWorld &world, std::string uri, double sampleRate,
+                   std::uint32_t mostFrames)
+    : uri_(std::move(uri)), world_(world.lilv())
+{
+    const NodePointer node = uriNode(world_, uri_.c_str());
+    plugin_ = lilv_plugins_get_by_uri(lilv_world_get_all_plugins(world_), node.get());
     if (plugin_ == nullptr)
         throw Refusal("it is not installed");
     findPresets();
     makeFeatures();
+    keepLoaded(plugin_);
     StatePointer state;
-    if (lilv_plugin_has_feature(plugin_, uriNode(world_.get(), LV2_STATE__loadDefaultState).get()))
-        state.reset(lilv_state_new_from_world(world_.get(), &mapData_, node.get()));
+    if (lilv_plugin_has_feature(plugin_, uriNode(world_, LV2_STATE__loadDefaultState).get()))
+        state.reset(lilv_state_new_from_world(world_, &mapData_, node.get()));
     instantiate(sampleRate, mostFrames, state.get());
 }
 
@@ -84,7 +101,7 @@ const char *BareLoop::unmap(LV2_URID urid) const
 void BareLoop::findPresets()
 {
     const NodesPointer found(
-        lilv_plugin_get_related(plugin_, uriNode(world_.get(), LV2_PRESETS__Preset).get()));
+        lilv_plugin_get_related(plugin_, uriNode(world_, LV2_PRESETS__Preset).get()));
     LILV_FOREACH(nodes, i, found.get())
     presets_.emplace_back(lilv_node_as_uri(lilv_nodes_get(found.get(), i)));
     std::sort(presets_.begin(), presets_.end());
@@ -153,7 +170,7 @@ void BareLoop::instantiate(double sampleRate, std::uint32_t mostFrames, const Li
     expectedTime_ = -1;
     responses_.clear();
     ports_ = std::make_unique<BarePorts>(
-        world_.get(), plugin_, sampleRate, mostFrames,
+        world_, plugin_, sampleRate, mostFrames,
         PortSymbols{map(LV2_ATOM__Sequence), map(LV2_ATOM__Chunk), map(LV2_MIDI__MidiEvent)});
     sequenceSize_ = static_cast<std::int32_t>(ports_->sequenceSize());
     makeOptions(sampleRate, mostFrames);
@@ -268,9 +285,9 @@ void BareLoop::collectEvents()
 
 void BareLoop::loadPreset(std::size_t number)
 {
-    const NodePointer preset = uriNode(world_.get(), presets_.at(number).c_str());
-    lilv_world_load_resource(world_.get(), preset.get());
-    const StatePointer state(lilv_state_new_from_world(world_.get(), &mapData_, preset.get()));
+    const NodePointer preset = uriNode(world_, presets_.at(number).c_str());
+    lilv_world_load_resource(world_, preset.get());
+    const StatePointer state(lilv_state_new_from_world(world_, &mapData_, preset.get()));
     if (state)
         restore(state.get());
 }

@@ -23,6 +23,21 @@
 namespace conformance
 {
 
+/// What is installed, as lilv sees it.
+class BareWorld
+{
+public:
+    BareWorld();
+
+    LilvWorld *lilv() const { return world_.get(); }
+
+private:
+    struct FreeWorld {
+        void operator()(LilvWorld *world) const { lilv_world_free(world); }
+    };
+    std::unique_ptr<LilvWorld, FreeWorld> world_;
+};
+
 /// A plug-in run with lilv alone, in the least that a host does: offer features,
 /// connect ports, hand over events, run. Work is done in place. Nothing of the host
 /// that it is compared with is in it.
@@ -30,7 +45,7 @@ class BareLoop : public Performer
 {
 public:
     /// A `Refusal` when the plug-in is not to be had.
-    BareLoop(std::string uri, double sampleRate, std::uint32_t mostFrames);
+    BareLoop(const BareWorld &world, std::string uri, double sampleRate, std::uint32_t mostFrames);
     ~BareLoop() override;
 
     std::uint32_t inputs() const override;
@@ -43,9 +58,6 @@ public:
     void loadPreset(std::size_t number) override;
 
 private:
-    struct FreeWorld {
-        void operator()(LilvWorld *world) const { lilv_world_free(world); }
-    };
     struct FreeState {
         void operator()(LilvState *state) const { lilv_state_free(state); }
     };
@@ -67,7 +79,7 @@ private:
     void collectEvents();
 
     const std::string uri_;
-    std::unique_ptr<LilvWorld, FreeWorld> world_;
+    LilvWorld *const world_;
     const LilvPlugin *plugin_ = nullptr;
     std::vector<std::string> presets_;
 

@@ -2,7 +2,6 @@
 
 #include "Platform/Audio/AVAudioEngine.hpp"
 #include "Platform/Audio/RemoteAudioUnit.hpp"
-#include "Tests/Conformance/Plug-ins/BareLoop.hpp"
 #include "Tests/Conformance/Plug-ins/EnginePerformer.hpp"
 #include "Tests/Conformance/Plug-ins/Programme.hpp"
 #include "Tests/Utilities/ScriptedUnit.hpp"
@@ -129,9 +128,10 @@ Overhead Overhead::fromText(const std::string &text)
     return overhead;
 }
 
-Overhead measuredOverhead(const AVAudioUnitComponent &component, double seconds)
+Overhead measuredOverhead(const BareWorld &world, const AVAudioUnitComponent &component,
+                          double seconds)
 {
-    BareLoop loop(component.pluginURI(), firstRate, firstMostFrames);
+    BareLoop loop(world, component.pluginURI(), firstRate, firstMostFrames);
     const auto blocks = static_cast<std::size_t>(seconds * firstRate / block / rounds) + 1;
     const test::Channels signal = testSignal(loop.inputs(), blocks * block, firstRate);
     Chain inHost(component, Place::hostProcess, signal);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
+#include "Tests/Conformance/Plug-ins/BareLoop.hpp"
 
 #include <cstdint>
 #include <string>
@@ -27,6 +28,7 @@ struct Overhead {
 
 /// Lets the bare loop and the engine in both places render the same signal in turns.
 /// Both have it in memory: a file would have to be decoded.
-Overhead measuredOverhead(const AVAudioUnitComponent &component, double seconds);
+Overhead measuredOverhead(const BareWorld &world, const AVAudioUnitComponent &component,
+                          double seconds);
 
 } // namespace conformance

@@ -2,10 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <array>
 #include <cctype>
 #include <fstream>
+#include <utility>
 
 namespace conformance
 {
@@ -13,8 +12,8 @@ namespace conformance
 namespace
 {
 
-constexpr std::array results{Result::exact,   Result::varies, Result::differs, Result::unmatched,
-                             Result::refused, Result::failed, Result::late,    Result::hostDied};
+constexpr const char *tableFile = "plug-ins.tsv";
+constexpr const char *pageFile = "plug-ins.md";
 
 std::string code(std::uint32_t word)
 {
@@ -26,17 +25,25 @@ std::string code(std::uint32_t word)
     return text;
 }
 
-/// Fit for a cell of either table.
-std::string cell(std::string text)
+std::string describe(const AVAudioUnitComponent &component)
 {
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c == '\t' || c == '\n' || c == '|'; }, ' ');
-    return text;
+    const auto key = component.audioComponentDescription();
+    return fmt::format("{} {} {}", code(key.componentType), code(key.componentSubType),
+                       code(key.componentManufacturer));
 }
 
-bool plays(Result result)
+/// Whether it makes sound, as the bare loop does or not.
+bool isHosted(const TrialResult &result)
 {
-    return result == Result::exact || result == Result::varies;
+    return plays(result.ownProcess) || result.ownProcess == Result::differs ||
+           result.ownProcess == Result::unmatched;
+}
+
+/// Whether the bare loop plays it twice alike, as far as anybody has found.
+bool isDeterministic(const TrialResult &result)
+{
+    return result.playsInBareLoop && result.ownProcess != Result::varies &&
+           result.hostProcess != Result::varies;
 }
 
 } // namespace
@@ -48,71 +55,103 @@ Report::Report(std::filesystem::path folder, const std::vector<AVAudioUnitCompon
     std::filesystem::create_directories(folder_);
 }
 
+// A row is named for its plug-in and the signal; what follows is the result.
+std::string Report::namedFor(const AVAudioUnitComponent &component) const
+{
+    return fmt::format("{}\t{}\t{}\t", component.pluginURI(), describe(component), seconds_);
+}
+
+void Report::resume()
+{
+    std::map<std::string, std::size_t> numbers;
+    for (std::size_t number = 0; number < components_.size(); ++number)
+        numbers[namedFor(components_[number])] = number;
+    std::ifstream table(folder_ / tableFile);
+    for (std::string row; std::getline(table, row);)
+        for (const auto &[name, number] : numbers) {
+            if (!row.starts_with(name))
+                continue;
+            const auto result = TrialResult::fromText(row.substr(name.size()));
+            if (result && result->playsInBareLoop && plays(result->ownProcess) &&
+                plays(result->hostProcess))
+                results_[number] = *result;
+        }
+}
+
 void Report::add(std::size_t component, const TrialResult &result)
 {
-    const std::lock_guard lock(mutex_);
     results_[component] = result;
     write();
 }
 
-std::string Report::describe(const AVAudioUnitComponent &component) const
+std::size_t Report::count(const std::function<bool(const TrialResult &)> &isCounted) const
 {
-    const auto key = component.audioComponentDescription();
-    return fmt::format("{} {} {}", code(key.componentType), code(key.componentSubType),
-                       code(key.componentManufacturer));
-}
-
-std::size_t Report::count(Result TrialResult::*place, Result result) const
-{
-    return static_cast<std::size_t>(
-        std::count_if(results_.begin(), results_.end(),
-                      [&](const auto &entry) { return entry.second.*place == result; }));
+    std::size_t number = 0;
+    for (const auto &[component, result] : results_)
+        number += isCounted(result) ? 1 : 0;
+    return number;
 }
 
 void Report::write() const
 {
-    std::ofstream table(folder_ / "plug-ins.tsv");
-    table << "plug-in\tdescription\town process\thost's process\treason\tseconds\n";
-    std::ofstream page(folder_ / "plug-ins.md");
+    std::ofstream table(folder_ / tableFile);
+    table << "plug-in\tdescription\tseconds of signal\t" << TrialResult::columns << '\n';
+    std::ofstream page(folder_ / pageFile);
     page << "# Plug-ins of this machine in the host\n\n"
          << fmt::format("{} s of signal in blocks of 17, 64, 512, 2027 and 4096 frames, {} s in "
-                        "blocks of one; compared with a bare loop, sample for sample.\n\n",
-                        seconds_, seconds_ / 10)
+                        "blocks of one; compared with a bare loop, sample for sample.\n\n{}\n",
+                        seconds_, seconds_ / 10, totals())
          << "| plug-in | description | in a process of its own | in the host's process | reason |\n"
          << "|---|---|---|---|---|\n";
     for (const auto &[number, result] : results_) {
         const AVAudioUnitComponent &component = components_[number];
-        const std::string row = fmt::format("{}\t{}\t{}\t{}\t{}", component.pluginURI(),
-                                            describe(component), wordsFor(result.ownProcess),
-                                            wordsFor(result.hostProcess), cell(result.reason));
-        table << row << fmt::format("\t{:.1f}\n", result.seconds);
+        table << namedFor(component) << result.text() << '\n';
         page << fmt::format("| {} | {} | {} | {} | {} |\n", component.pluginURI(),
                             describe(component), wordsFor(result.ownProcess),
-                            wordsFor(result.hostProcess), cell(result.reason));
+                            wordsFor(result.hostProcess), result.reason);
     }
-    page << '\n' << fmt::format("{} of {} plug-ins so far.\n", results_.size(), components_.size());
+}
+
+std::string Report::totals() const
+{
+    const std::size_t deterministic = count(isDeterministic);
+    const std::size_t identical = count([](const TrialResult &result) {
+        return isDeterministic(result) && result.ownProcess == Result::exact &&
+               result.hostProcess == Result::exact;
+    });
+    return fmt::format("- tried: {} of {}\n"
+                       "- played by the host, in a process of their own: {}\n"
+                       "- played by the bare loop: {}\n"
+                       "- identical to the bare loop in every sample and byte, in both places: {} "
+                       "of the {} that it plays twice alike\n"
+                       "- that took the host along: {}\n",
+                       results_.size(), components_.size(), count(isHosted),
+                       count([](const TrialResult &result) { return result.playsInBareLoop; }),
+                       identical, deterministic, count([](const TrialResult &result) {
+                           return result.ownProcess == Result::hostDied;
+                       }));
 }
 
 std::string Report::summary() const
 {
-    const std::lock_guard lock(mutex_);
-    std::string text = fmt::format("{} plug-ins\n{:30}{:>16}{:>16}\n", results_.size(), "",
-                                   "own process", "host's process");
-    for (const Result result : results)
-        text += fmt::format("{:30}{:>16}{:>16}\n", wordsFor(result),
-                            count(&TrialResult::ownProcess, result),
-                            count(&TrialResult::hostProcess, result));
-    return text + fmt::format("The table is in {}.", folder_.string());
+    std::string text;
+    for (const auto &[number, result] : results_)
+        if (result.ownProcess != Result::exact || result.hostProcess != Result::exact)
+            text += fmt::format("{}\t{}\t{}\t{}\n", components_[number].pluginURI(),
+                                wordsFor(result.ownProcess), wordsFor(result.hostProcess),
+                                result.reason);
+    return fmt::format(
+        "\nAll but those that play exactly in both places:\n{}\n{}The table is in {}.", text,
+        totals(), folder_.string());
 }
 
 bool Report::isClean() const
 {
-    const std::lock_guard lock(mutex_);
-    return std::all_of(results_.begin(), results_.end(), [](const auto &entry) {
-        const TrialResult &result = entry.second;
-        return result.ownProcess != Result::hostDied &&
-               (!result.playsInBareLoop || (plays(result.ownProcess) && plays(result.hostProcess)));
-    });
+    return count([](const TrialResult &result) {
+               return result.ownProcess == Result::hostDied ||
+                      (result.playsInBareLoop &&
+                       !(plays(result.ownProcess) && plays(result.hostProcess)));
+           }) == 0;
 }
 
 } // namespace conformance

@@ -4,8 +4,8 @@
 #include "Tests/Conformance/Plug-ins/Trial.hpp"
 
 #include <filesystem>
+#include <functional>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,13 +13,19 @@ namespace conformance
 {
 
 /// The table of all plug-ins, in a file for people (Markdown) and one for programs
-/// (tab-separated). Both are complete after each entry. Any thread.
+/// (tab-separated). Both are complete after each entry.
 class Report
 {
 public:
-    /// Files `plug-ins.md` and `plug-ins.tsv` in `folder`.
+    /// Files `plug-ins.md` and `plug-ins.tsv` in `folder`, for trials with `seconds` of
+    /// signal.
     Report(std::filesystem::path folder, const std::vector<AVAudioUnitComponent> &components,
            double seconds);
+
+    /// Takes over from the files what played as it should, with as much signal.
+    void resume();
+    /// Whether there is a result for that component.
+    bool has(std::size_t component) const { return results_.contains(component); }
 
     void add(std::size_t component, const TrialResult &result);
 
@@ -32,13 +38,13 @@ public:
 
 private:
     void write() const;
-    std::string describe(const AVAudioUnitComponent &component) const;
-    std::size_t count(Result TrialResult::*place, Result result) const;
+    std::string totals() const;
+    std::string namedFor(const AVAudioUnitComponent &component) const;
+    std::size_t count(const std::function<bool(const TrialResult &)> &isCounted) const;
 
     const std::filesystem::path folder_;
     const std::vector<AVAudioUnitComponent> &components_;
     const double seconds_;
-    mutable std::mutex mutex_;
     std::map<std::size_t, TrialResult> results_;
 };
 

@@ -1,6 +1,5 @@
 #include "Tests/Conformance/Plug-ins/Roles.hpp"
 
-#include "Tests/Conformance/Plug-ins/BareLoop.hpp"
 #include "Tests/Conformance/Plug-ins/EnginePerformer.hpp"
 #include "Tests/Conformance/Plug-ins/Overhead.hpp"
 #include "Tests/Conformance/Plug-ins/Programme.hpp"
@@ -21,52 +20,51 @@ namespace
 
 constexpr const char *findingFile = "finding";
 
-MakePerformer performerFor(Role role, const AVAudioUnitComponent &component,
-                           const std::filesystem::path &folder)
+MakePerformer performerFor(Role role, const Stage &stage)
 {
     if (role == Role::ownProcess || role == Role::hostProcess)
-        return [&component, folder, role] {
+        return [&stage, role] {
             return std::make_unique<EnginePerformer>(
-                component, role == Role::ownProcess ? Place::ownProcess : Place::hostProcess,
-                folder);
+                stage.component, role == Role::ownProcess ? Place::ownProcess : Place::hostProcess,
+                stage.folder);
         };
-    return [&component] {
-        return std::make_unique<BareLoop>(component.pluginURI(), firstRate, firstMostFrames);
+    return [&stage] {
+        return std::make_unique<BareLoop>(stage.world, stage.component.pluginURI(), firstRate,
+                                          firstMostFrames);
     };
 }
 
-Finding performWith(const MakePerformer &make, bool isFirst, std::uint32_t block, double seconds,
-                    const std::filesystem::path &folder)
+Finding performWith(const MakePerformer &make, bool isFirst, std::uint32_t block,
+                    const Stage &stage)
 {
-    const auto path = folder / fmt::format("transcript-{}", block);
+    const auto path = stage.folder / fmt::format("transcript-{}", block);
     if (isFirst) {
-        const auto unfinished = folder / "transcript";
+        const auto unfinished = stage.folder / "transcript";
         TranscriptWriter writer(unfinished);
-        perform(make, block, seconds, writer);
+        perform(make, block, stage.seconds, writer);
         writer.close();
         std::filesystem::rename(unfinished, path);
         return {Verdict::same, {}};
     }
     if (!std::filesystem::exists(path)) {
         TranscriptWriter nowhere("/dev/null");
-        perform(make, block, seconds, nowhere);
+        perform(make, block, stage.seconds, nowhere);
         return {Verdict::unmatched, "it plays, but there is nothing to compare with"};
     }
     TranscriptComparison comparison(path);
-    perform(make, block, seconds, comparison);
+    perform(make, block, stage.seconds, comparison);
     if (const auto difference = comparison.difference())
         return {Verdict::differs, *difference};
     return {Verdict::same, {}};
 }
 
-Finding performed(Role role, const AVAudioUnitComponent &component, std::uint32_t block,
-                  double seconds, const std::filesystem::path &folder)
+Finding performed(Role role, std::uint32_t block, const Stage &stage)
 {
     try {
         if (role == Role::overhead)
-            return {Verdict::same, measuredOverhead(component, seconds).text()};
-        return performWith(performerFor(role, component, folder), role == Role::bareLoop, block,
-                           seconds, folder);
+            return {Verdict::same,
+                    measuredOverhead(stage.world, stage.component, stage.seconds).text()};
+        return performWith(performerFor(role, stage), role == Role::bareLoop, block, stage);
     } catch (const Refusal &refusal) {
         return {Verdict::refused, refusal.what()};
     } catch (const std::exception &error) {
@@ -76,12 +74,11 @@ Finding performed(Role role, const AVAudioUnitComponent &component, std::uint32_
 
 } // namespace
 
-void play(Role role, const AVAudioUnitComponent &component, std::uint32_t block, double seconds,
-          const std::filesystem::path &folder)
+void play(Role role, std::uint32_t block, const Stage &stage)
 {
-    const Finding finding = performed(role, component, block, seconds, folder);
-    std::ofstream(folder / findingFile) << static_cast<int>(finding.verdict) << '\n'
-                                        << finding.reason;
+    const Finding finding = performed(role, block, stage);
+    std::ofstream(stage.folder / findingFile) << static_cast<int>(finding.verdict) << '\n'
+                                              << finding.reason;
 }
 
 std::optional<Finding> takeFinding(const std::filesystem::path &folder)

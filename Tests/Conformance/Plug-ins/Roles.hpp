@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
+#include "Tests/Conformance/Plug-ins/BareLoop.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -34,12 +35,19 @@ struct Finding {
     std::string reason;
 };
 
-/// Plays the role in this process, in blocks of `block` frames, and leaves the finding in
-/// `folder`, where the transcript is, too.
-void play(Role role, const AVAudioUnitComponent &component, std::uint32_t block, double seconds,
-          const std::filesystem::path &folder);
+/// What there is to play, and with what.
+struct Stage {
+    const BareWorld &world;
+    const AVAudioUnitComponent &component;
+    double seconds; ///< of signal
+    /// Where the transcripts and the finding are.
+    std::filesystem::path folder;
+};
 
-/// Takes the finding out of `folder`; none when nobody got so far as to leave one.
+/// Plays the role in this process, in blocks of `block` frames, and leaves the finding.
+void play(Role role, std::uint32_t block, const Stage &stage);
+
+/// Takes the finding out of the folder; none when nobody got so far as to leave one.
 std::optional<Finding> takeFinding(const std::filesystem::path &folder);
 
 } // namespace conformance

@@ -1,20 +1,21 @@
 #include "Tests/Conformance/Plug-ins/SubProcess.hpp"
 
+#include "Platform/Foundation/Print.hpp"
+
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <exception>
+#include <iterator>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-extern char **environ;
 
 namespace conformance
 {
@@ -22,65 +23,44 @@ namespace conformance
 namespace
 {
 
-/// The environment with another home and another folder for what is temporary.
-std::vector<std::string> environmentIn(const std::filesystem::path &home, bool withOtherMemory)
+[[noreturn]] void fail(const char *what)
 {
-    std::vector<std::string> variables{"HOME=" + home.string(), "TMPDIR=" + home.string()};
-    if (withOtherMemory)
-        variables.emplace_back("MALLOC_PERTURB_=165"); // the C library's own
-    for (char **variable = environ; *variable != nullptr; ++variable) {
-        const std::string_view text = *variable;
-        if (!text.starts_with("HOME=") && !text.starts_with("TMPDIR=") && !text.starts_with("XDG_"))
-            variables.emplace_back(text);
-    }
-    return variables;
+    throw std::system_error(errno, std::generic_category(), what);
 }
 
-std::vector<char *> pointersTo(std::vector<std::string> &texts)
+bool hasOneThread()
 {
-    std::vector<char *> pointers;
-    for (std::string &text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    return std::distance(begin(threads), end(threads)) == 1;
 }
 
-pid_t spawn(const std::vector<std::string> &arguments, const std::filesystem::path &home,
-            const std::filesystem::path &log, bool withOtherMemory)
+void redirect(const char *path, int flags, int descriptor)
 {
-    std::vector<std::string> command{"plugin-conformance"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    std::vector<std::string> environment = environmentIn(home, withOtherMemory);
-
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, log.c_str(),
-                                     O_WRONLY | O_CREAT | O_APPEND, 0644);
-    posix_spawn_file_actions_adddup2(&files, STDOUT_FILENO, STDERR_FILENO);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    pid_t child = -1;
-    const int error = posix_spawn(&child, "/proc/self/exe", &files, &attributes,
-                                  pointersTo(command).data(), pointersTo(environment).data());
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
-    if (error != 0)
-        throw std::system_error(error, std::generic_category(), "this program cannot be run again");
-    return child;
+    const int file = ::open(path, flags | O_CLOEXEC, 0644);
+    if (file < 0 || ::dup2(file, descriptor) < 0)
+        fail(path);
+    ::close(file);
 }
 
-} // namespace
-
-Ending runAgain(const std::vector<std::string> &arguments, const std::filesystem::path &home,
-                const std::filesystem::path &log, std::chrono::seconds patience,
-                bool withOtherMemory)
+/// Neither a person's settings nor what another plug-in has left.
+void settleIn(const std::filesystem::path &home, const std::filesystem::path &log)
 {
-    const pid_t child = spawn(arguments, home, log, withOtherMemory);
+    ::setpgid(0, 0);
+    redirect("/dev/null", O_RDONLY, STDIN_FILENO);
+    redirect(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, STDOUT_FILENO);
+    ::dup2(STDOUT_FILENO, STDERR_FILENO);
+    ::setenv("HOME", home.c_str(), 1);
+    ::setenv("TMPDIR", home.c_str(), 1);
+    for (const char *each : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
+                             "XDG_RUNTIME_DIR"})
+        ::unsetenv(each);
+}
+
+Ending endingOf(pid_t child, std::chrono::seconds patience)
+{
     const int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
     if (descriptor < 0)
-        throw std::system_error(errno, std::generic_category(), "a process cannot be watched");
+        fail("a process cannot be watched");
     pollfd end{descriptor, POLLIN, 0};
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(patience);
     int news = 0;
@@ -99,6 +79,43 @@ Ending runAgain(const std::vector<std::string> &arguments, const std::filesystem
     else
         ending.code = WEXITSTATUS(status);
     return ending;
+}
+
+} // namespace
+
+pid_t fork(const std::function<void()> &work)
+{
+    if (!hasOneThread())
+        throw std::logic_error("a process of several threads is not to be forked");
+    const pid_t parent = ::getpid();
+    const pid_t child = ::fork();
+    if (child < 0)
+        fail("there is no process to be had");
+    if (child > 0)
+        return child;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != parent)
+        ::_exit(1);
+    try {
+        work();
+    } catch (const std::exception &error) {
+        printError(error.what());
+        ::_exit(2);
+    }
+    // An orderly end: what fails then is seen, too.
+    std::exit(0);
+}
+
+Ending runApart(const std::function<void()> &work, const std::filesystem::path &home,
+                const std::filesystem::path &log, std::chrono::seconds patience)
+{
+    const pid_t child = fork([&] {
+        settleIn(home, log);
+        work();
+    });
+    // Whoever comes first: it may have to be ended before it has got so far.
+    ::setpgid(child, child);
+    return endingOf(child, patience);
 }
 
 } // namespace conformance

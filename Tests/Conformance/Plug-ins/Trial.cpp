@@ -3,15 +3,20 @@
 #include "Tests/Conformance/Plug-ins/Programme.hpp"
 #include "Tests/Conformance/Plug-ins/Roles.hpp"
 #include "Tests/Conformance/Plug-ins/SubProcess.hpp"
-#include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
-#include <string_view>
-#include <vector>
+#include <system_error>
+#include <utility>
+
+#include <malloc.h>
 
 namespace conformance
 {
@@ -21,8 +26,14 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-// The first argument of a process that plays a part.
-constexpr std::string_view partArgument = "--part";
+constexpr std::array results{Result::exact,   Result::varies, Result::differs, Result::unmatched,
+                             Result::refused, Result::failed, Result::late,    Result::hostDied};
+
+constexpr const char *playsBarely = "plays";
+constexpr const char *doesNotPlayBarely = "does not play";
+
+// What fresh memory is filled with, where a plug-in may take it for something.
+constexpr int otherMemory = 165;
 
 std::string lastLine(const std::filesystem::path &log)
 {
@@ -46,10 +57,19 @@ struct Outcome {
 class Trial
 {
 public:
-    Trial(const AVAudioUnitComponent &component, const TrialSettings &settings)
-        : component_(component), settings_(settings)
+    Trial(const Stage &stage, const TrialSettings &settings) : stage_(stage), settings_(settings)
     {
+        std::filesystem::create_directories(stage_.folder);
     }
+
+    ~Trial()
+    {
+        std::error_code stillHeld;
+        std::filesystem::remove_all(stage_.folder, stillHeld);
+    }
+
+    Trial(const Trial &) = delete;
+    Trial &operator=(const Trial &) = delete;
 
     /// All lengths of block, each in a process of its own, so that what a plug-in keeps
     /// from one instance to the next is the same for all who play it.
@@ -78,17 +98,16 @@ public:
 
     Outcome run(Role role, std::uint32_t block) const
     {
-        const auto home = folder_.path() / "home";
-        const auto log = folder_.path() / "log";
+        const auto home = stage_.folder / "home";
+        const auto log = stage_.folder / "log";
         std::filesystem::create_directories(home);
-        const auto key = component_.audioComponentDescription();
-        const Ending ending = runAgain(
-            {std::string(partArgument), std::to_string(static_cast<int>(role)),
-             component_.pluginURI(), std::to_string(key.componentType),
-             std::to_string(key.componentSubType), std::to_string(key.componentManufacturer),
-             std::to_string(key.componentFlags), std::to_string(block),
-             fmt::format("{}", settings_.seconds), folder_.path().string()},
-            home, log, settings_.patience, role == Role::bareLoopAgain);
+        const Ending ending = runApart(
+            [&] {
+                if (role == Role::bareLoopAgain)
+                    ::mallopt(M_PERTURB, otherMemory);
+                play(role, block, stage_);
+            },
+            home, log, settings_.patience);
         const Outcome outcome = outcomeOf(ending, log);
         std::filesystem::remove_all(home);
         std::filesystem::remove(log);
@@ -101,7 +120,7 @@ private:
         if (ending.isLate)
             return {
                 {Verdict::late, fmt::format("not done after {} s", settings_.patience.count())}};
-        auto left = takeFinding(folder_.path());
+        auto left = takeFinding(stage_.folder);
         Outcome outcome;
         if (ending.signal != 0) {
             outcome.died = true;
@@ -120,9 +139,8 @@ private:
         return outcome;
     }
 
-    const AVAudioUnitComponent &component_;
+    const Stage stage_;
     const TrialSettings &settings_;
-    test::TemporaryFolder folder_;
 };
 
 Result resultOf(const Outcome &outcome)
@@ -142,6 +160,20 @@ Result resultOf(const Outcome &outcome)
         break;
     }
     return Result::failed;
+}
+
+/// What the bare loop comes to again, at most some times until it comes to something else:
+/// where threads race, twice may be alike by chance.
+Outcome runOtherwise(const Trial &trial)
+{
+    constexpr int mostTimes = 3;
+    Outcome outcome;
+    for (int time = 0; time < mostTimes; ++time) {
+        outcome = trial.runAll(Role::bareLoopAgain);
+        if (outcome.finding.verdict != Verdict::same)
+            break;
+    }
+    return outcome;
 }
 
 void addReason(std::string &reason, const char *who, const Finding &finding)
@@ -178,10 +210,46 @@ const char *wordsFor(Result result)
     return "";
 }
 
-TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings &settings)
+bool plays(Result result)
+{
+    return result == Result::exact || result == Result::varies;
+}
+
+std::string TrialResult::text() const
+{
+    // Tabs separate columns, here and where people read it another sign does.
+    std::string plainReason = reason;
+    std::replace_if(
+        plainReason.begin(), plainReason.end(),
+        [](char c) { return c == '\t' || c == '\n' || c == '|'; }, ' ');
+    return fmt::format("{}\t{}\t{}\t{}\t{:.1f}", playsInBareLoop ? playsBarely : doesNotPlayBarely,
+                       wordsFor(ownProcess), wordsFor(hostProcess), plainReason, seconds);
+}
+
+std::optional<TrialResult> TrialResult::fromText(const std::string &text)
+{
+    std::array<std::string, 5> column;
+    std::istringstream stream(text);
+    for (std::string &each : column)
+        if (!std::getline(stream, each, '\t'))
+            return std::nullopt;
+    const auto resultOfWords = [](const std::string &words) {
+        return std::find_if(results.begin(), results.end(),
+                            [&](Result each) { return words == wordsFor(each); });
+    };
+    const auto *const own = resultOfWords(column[1]);
+    const auto *const host = resultOfWords(column[2]);
+    if (own == results.end() || host == results.end())
+        return std::nullopt;
+    return TrialResult{*own, *host, column[0] == playsBarely, column[3],
+                       std::strtod(column[4].c_str(), nullptr)};
+}
+
+TrialResult tryPlugin(const BareWorld &world, const AVAudioUnitComponent &component,
+                      const TrialSettings &settings, const std::filesystem::path &folder)
 {
     const auto begun = Clock::now();
-    const Trial trial(component, settings);
+    const Trial trial({world, component, settings.seconds, folder}, settings);
     const auto bare = trial.runAll(Role::bareLoop);
     const auto own = trial.runAll(Role::ownProcess);
     const auto host = trial.runAll(Role::hostProcess);
@@ -195,8 +263,8 @@ TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings
     // Of what renders as the bare loop does it need not be asked whether it repeats itself.
     if (result.playsInBareLoop &&
         (result.ownProcess == Result::differs || result.hostProcess == Result::differs)) {
-        const auto again = trial.runAll(Role::bareLoopAgain);
-        addReason(result.reason, "bare loop, second time", again.finding);
+        const auto again = runOtherwise(trial);
+        addReason(result.reason, "bare loop, again", again.finding);
         if (again.finding.verdict == Verdict::differs)
             for (Result *each : {&result.ownProcess, &result.hostProcess})
                 if (*each == Result::differs)
@@ -206,25 +274,15 @@ TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings
     return result;
 }
 
-std::optional<Overhead> tryOverhead(const AVAudioUnitComponent &component,
-                                    const TrialSettings &settings)
+std::optional<Overhead> tryOverhead(const BareWorld &world, const AVAudioUnitComponent &component,
+                                    const TrialSettings &settings,
+                                    const std::filesystem::path &folder)
 {
-    const auto outcome = Trial(component, settings).run(Role::overhead, overheadBlock);
+    const Trial trial({world, component, settings.seconds, folder}, settings);
+    const auto outcome = trial.run(Role::overhead, overheadBlock);
     if (outcome.finding.verdict != Verdict::same)
         return std::nullopt;
     return Overhead::fromText(outcome.finding.reason);
-}
-
-bool playPart(int argc, char *const argv[])
-{
-    if (argc != 11 || argv[1] != partArgument)
-        return false;
-    const auto number = [&](int argument) {
-        return static_cast<std::uint32_t>(std::stoul(argv[argument]));
-    };
-    const AVAudioUnitComponent component({number(4), number(5), number(6), number(7), 0}, argv[3]);
-    play(static_cast<Role>(number(2)), component, number(8), std::stod(argv[9]), argv[10]);
-    return true;
 }
 
 } // namespace conformance

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "Platform/Audio/AVAudioUnitComponent.hpp"
+#include "Tests/Conformance/Plug-ins/BareLoop.hpp"
 #include "Tests/Conformance/Plug-ins/Overhead.hpp"
 
 #include <chrono>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -25,6 +27,9 @@ enum class Result {
 /// In words that a person understands.
 const char *wordsFor(Result result);
 
+/// Whether it plays, and as in the bare loop where that can be said.
+bool plays(Result result);
+
 struct TrialResult {
     Result ownProcess = Result::failed;
     Result hostProcess = Result::failed;
@@ -32,24 +37,31 @@ struct TrialResult {
     bool playsInBareLoop = false;
     std::string reason;
     double seconds = 0; ///< that the trial took
+
+    /// As columns of a table, tabs between them.
+    std::string text() const;
+    /// None when the text is no such columns.
+    static std::optional<TrialResult> fromText(const std::string &text);
+    /// What the columns are called.
+    static constexpr const char *columns =
+        "bare loop\town process\thost's process\treason\tseconds";
 };
 
 struct TrialSettings {
     /// Of signal in each length of block.
     double seconds = 10;
     /// For each performance.
-    std::chrono::seconds patience{900};
+    std::chrono::seconds patience{300};
 };
 
-/// Has the plug-in played by bare loop and engine.
-TrialResult tryPlugin(const AVAudioUnitComponent &component, const TrialSettings &settings);
+/// Has the plug-in played by bare loop and engine, each length of block in a process of
+/// its own. What is needed meanwhile stands in `folder`, which is gone afterwards.
+TrialResult tryPlugin(const BareWorld &world, const AVAudioUnitComponent &component,
+                      const TrialSettings &settings, const std::filesystem::path &folder);
 
 /// Has its overhead measured; none where it cannot be.
-std::optional<Overhead> tryOverhead(const AVAudioUnitComponent &component,
-                                    const TrialSettings &settings);
-
-/// What a process that a trial started is to do, from its arguments; false when it was
-/// not started by one.
-bool playPart(int argc, char *const argv[]);
+std::optional<Overhead> tryOverhead(const BareWorld &world, const AVAudioUnitComponent &component,
+                                    const TrialSettings &settings,
+                                    const std::filesystem::path &folder);
 
 } // namespace conformance

@@ -6,6 +6,7 @@
 
 #include <lv2/buf-size/buf-size.h>
 #include <lv2/options/options.h>
+#include <lv2/resize-port/resize-port.h>
 
 #include <cmath>
 
@@ -166,6 +167,46 @@ TEST(Instance, SaysOnceWhenThePluginWritesBeyondItsRoom)
               "Test Event Overrun: writes beyond its room for events\n");
     EXPECT_EQ(said("urn:test:mono", "amplifier"), "");
     EXPECT_EQ(said("urn:test:rude:torrent", "rude"), "");
+}
+
+TEST(Instance, EnlargesPortsForEventsInARun)
+{
+    Instance::Settings settings;
+    settings.checksBounds = true;
+    HeldPlugin held("urn:test:growing", ownBundle("growing"), settings);
+    auto &traffic = held.instance.traffic();
+    traffic.setWatched(true);
+    const auto expectBoth = [&] {
+        auto event = traffic.next();
+        ASSERT_TRUE(event);
+        EXPECT_EQ(event->atom->size, 1U) << "what stood there before is kept";
+        event = traffic.next();
+        ASSERT_TRUE(event);
+        EXPECT_EQ(event->atom->size, 200000U);
+        EXPECT_EQ(*static_cast<const std::uint8_t *>(LV2_ATOM_BODY_CONST(event->atom)), 0xF0);
+        EXPECT_FALSE(traffic.next());
+    };
+    const auto noSpace = static_cast<float>(LV2_RESIZE_PORT_ERR_NO_SPACE);
+    const auto unknown = static_cast<float>(LV2_RESIZE_PORT_ERR_UNKNOWN);
+    EXPECT_THAT(held.run(4), ElementsAre(0.0F, noSpace, unknown, 32768.0F - 8.0F));
+    expectBoth();
+    EXPECT_THAT(held.run(4), ElementsAre(0.0F, noSpace, unknown, 210000.0F - 8.0F));
+    expectBoth();
+    testing::internal::CaptureStderr();
+    held.exchange.log.writeOut();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "nothing beyond its room";
+}
+
+TEST(Instance, NoticesThatAPluginsStateHasChangedByItself)
+{
+    HeldPlugin held("urn:test:telling", ownBundle("telling"));
+    held.run();
+    EXPECT_FALSE(held.instance.takeStateChange());
+    EXPECT_TRUE(held.exchange.midiInput.push(0, std::array<std::uint8_t, 3>{0x90, 60, 100}));
+    EXPECT_EQ(held.run().front(), 60.0F);
+    held.run();
+    EXPECT_TRUE(held.instance.takeStateChange());
+    EXPECT_FALSE(held.instance.takeStateChange());
 }
 
 TEST(Instance, TakesNoValuesBeyondStrictBounds)

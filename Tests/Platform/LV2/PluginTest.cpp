@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <dlfcn.h>
+
 using namespace testsupport;
 using platform::lv2::Plugin;
 using platform::lv2::Port;
@@ -46,6 +48,18 @@ TEST(Plugin, ReadsPorts)
     EXPECT_EQ(ports[9].defaultValue, 0.0F);
     EXPECT_EQ(ports[10].defaultValue, 5.0F);
     EXPECT_TRUE(ports[11].isScaledBySampleRate);
+}
+
+TEST(Plugin, StaysLoadedForThreadsThatOutliveTheInstance)
+{
+    const auto bundle = ownBundle("amplifier");
+    {
+        const HeldPlugin held("urn:test:mono", bundle);
+    }
+    const std::string binary = bundle.front() + "/amplifier.so";
+    void *const stillThere = ::dlopen(binary.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    ASSERT_NE(stillThere, nullptr);
+    ::dlclose(stillThere);
 }
 
 TEST(Plugin, ListsPresetsByURI)

@@ -15,6 +15,7 @@
 #include <thread>
 
 #include <fcntl.h>
+#include <signal.h>
 #include <unistd.h>
 
 using testing::Each;
@@ -58,6 +59,14 @@ private:
     const test::TemporaryFolder folder_;
     const int original_ = ::dup(STDERR_FILENO);
 };
+
+/// As long as the test may last.
+template <typename Condition>
+void waitUntil(Condition condition)
+{
+    while (!condition())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
 
 struct MIDIEvent {
     std::int64_t time;
@@ -299,6 +308,29 @@ TEST_P(AudioUnitFeatureTest, KeepsFilesOfTheStateAcrossSampleRates)
     stateful->allocateRenderResources(44100.0, blockFrames);
     EXPECT_EQ(render(*stateful)[0], 11.0F);
     EXPECT_EQ(render(*stateful)[1], 44100.0F);
+}
+
+TEST_P(AudioUnitFeatureTest, KeepsAStateThatChangedByItselfWhateverBefallsTheEffect)
+{
+    constexpr std::size_t keyReported = 0;
+    constexpr std::size_t savesReported = 1;
+    const auto telling = readyUnit("urn:test:telling");
+    constexpr std::array<std::uint8_t, 3> note{0x90, 60, 100};
+    telling->scheduleMIDIEvent(0, note.data(), note.size());
+    ASSERT_EQ(render(*telling)[keyReported], 60.0F);
+    if (auto *remote = dynamic_cast<RemoteAudioUnit *>(telling.get())) {
+        waitUntil([&] { return render(*telling)[savesReported] > 0.0F; });
+        // What is answered later was sent later.
+        telling->factoryPresets();
+        const pid_t victim = remote->process().processIdentifier();
+        ::kill(victim, SIGKILL);
+        waitUntil([&] {
+            return remote->process().processIdentifier() != victim && remote->process().isUp();
+        });
+    } else {
+        telling->allocateRenderResources(96000.0, blockFrames);
+    }
+    EXPECT_EQ(render(*telling)[keyReported], 60.0F);
 }
 
 TEST_P(AudioUnitFeatureTest, RestoresDuringRunsWhereThePluginAllowsIt)

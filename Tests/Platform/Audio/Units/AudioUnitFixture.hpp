@@ -21,8 +21,8 @@ class AudioUnitFixture : public LV2PathFixture, public testing::WithParamInterfa
 protected:
     std::shared_ptr<AUAudioUnit> unit(const std::string &uri) const
     {
-        for (const char *bundle :
-             {"amplifier", "blocks", "midi", "ports", "rude", "state", "surroundings", "worker"})
+        for (const char *bundle : {"amplifier", "blocks", "midi", "ports", "rude", "state",
+                                   "surroundings", "telling", "worker"})
             if (!std::filesystem::exists(folder() / (std::string(bundle) + ".lv2")))
                 link(bundle);
         const AVAudioUnitComponent component({}, uri);

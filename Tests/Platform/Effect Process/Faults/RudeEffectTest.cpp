@@ -7,6 +7,7 @@
 #include "Platform/Audio/LocalAudioUnit.hpp"
 #include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
+#include "Platform/LV2/Instance.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 
 #include <gmock/gmock.h>
@@ -86,6 +87,33 @@ INSTANTIATE_TEST_SUITE_P(Rudenesses, RudeSamples,
                              std::string name = std::get<1>(parameters.param);
                              std::replace(name.begin(), name.end(), '-', '_');
                              return nameOf(std::get<0>(parameters.param)) + "_" + name;
+                         });
+
+// --- Blocks that do not end where they should ------------------------------------------
+
+class OverrunningEffect : public RudeEffect, public testing::WithParamInterface<Place>
+{
+};
+
+TEST_P(OverrunningEffect, HarmsNothingAndIsToldOfWhereBoundsAreChecked)
+{
+    if (!platform::lv2::boundsAreChecked)
+        GTEST_SKIP() << "bounds are not checked in this build";
+    const ErrorLines errors;
+    const auto overrunning = unit(GetParam(), "overrun");
+    PlayingHost host(overrunning, test::constant(2, 4800, 0.25F));
+    const std::string line = "Test Overrun: writes beyond its block";
+    ASSERT_TRUE(errors.waitFor(line));
+    EXPECT_TRUE(host.goesOn());
+    host.stop();
+    host.detachUnit();
+    EXPECT_EQ(errors.with(line).size(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, OverrunningEffect,
+                         testing::Values(Place::thisProcess, Place::ownProcess),
+                         [](const testing::TestParamInfo<Place> &place) {
+                             return nameOf(place.param);
                          });
 
 // --- Runs that take too long ----------------------------------------------------------

@@ -17,7 +17,7 @@ inline std::uint32_t padded(std::uint32_t size)
     return (size + 7U) & ~7U;
 }
 
-/// Writes MIDI into the sequence of an output port.
+/// Writes MIDI, and other events, into the sequence of an output port.
 class MidiWriter
 {
 public:
@@ -37,8 +37,16 @@ public:
         out.body = {};
     }
 
+    /// What may follow the port's head, if it is not what it was at the beginning.
+    void setRoom(std::uint32_t room) { room_ = room; }
+
     /// Answers false when there is no room.
     bool emit(std::int64_t frame, const void *bytes, std::uint32_t size)
+    {
+        return emit(frame, bytes, size, midi_);
+    }
+
+    bool emit(std::int64_t frame, const void *bytes, std::uint32_t size, LV2_URID type)
     {
         const auto whole = static_cast<std::uint32_t>(sizeof(LV2_Atom_Event)) + padded(size);
         if (out_->atom.size + whole > room_)
@@ -46,7 +54,7 @@ public:
         auto *end = reinterpret_cast<std::byte *>(out_) + sizeof(LV2_Atom) + out_->atom.size;
         LV2_Atom_Event event{};
         event.time.frames = frame;
-        event.body = {size, midi_};
+        event.body = {size, type};
         std::memcpy(end, &event, sizeof event);
         std::memcpy(end + sizeof event, bytes, size);
         out_->atom.size += whole;
