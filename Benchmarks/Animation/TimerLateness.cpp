@@ -94,6 +94,8 @@ void runMainLoopFor(double seconds)
 
 void runKit(Grids &grids, double seconds)
 {
+    // The program's first timer makes what all of them run on.
+    NSTimer::scheduledTimer(1, true, [](NSTimer &) {})->invalidate();
     std::vector<std::shared_ptr<Animator>> animators;
     for (Grid &grid : grids) {
         animators.push_back(Animator::create(0, 1, INT32_MAX, grid.interval()));
