@@ -575,7 +575,7 @@ void Animator::setup(float source, float destination, std::int64_t frames, float
         _frames = 0;
     if (_amount == 0)
         _frames = 0;
-    if (_placement && _placement->entries > 0)
+    if (_extras && _extras->placement.entries > 0)
         animation::Timeline::noteFrames(*this);
 }
 
@@ -646,14 +646,16 @@ bool Animator::isFinished() const
 
 void Animator::start()
 {
-    _timer = NSTimer::scheduledTimer(static_cast<double>(_interval), true,
-                                     [self = shared_from_this()](NSTimer &) { self->animate(); });
+    extras().timer =
+        NSTimer::scheduledTimer(static_cast<double>(_interval), true,
+                                [self = shared_from_this()](NSTimer &) { self->animate(); });
 }
 
 void Animator::stop()
 {
-    const auto self = keptFromTimer(*this, _timer);
-    invalidate(_timer);
+    const auto self = _extras ? keptFromTimer(*this, _extras->timer) : nullptr;
+    if (self)
+        invalidate(_extras->timer);
     reset();
 }
 
@@ -665,6 +667,13 @@ void Animator::setType(EnumEasing type)
 void Animator::setInterval(float interval)
 {
     _interval = interval;
+}
+
+Animator::Extras &Animator::extras()
+{
+    if (!_extras)
+        _extras = std::make_unique<Extras>();
+    return *_extras;
 }
 
 void Animator::selectType(EnumEasing type)
@@ -908,7 +917,7 @@ void AnimationSequencer::seek(std::int64_t to)
         return;
     }
     for (const auto &animator : _animators.items()) {
-        if (animator->_placement->startFrame < _currentFrame) {
+        if (animator->_extras->placement.startFrame < _currentFrame) {
             animator->stop();
             _currentIndex = checkedAdd<std::int64_t>(_currentIndex, 1);
         } else {
@@ -954,7 +963,7 @@ void AnimationSequencer::findAnimators()
             return;
         }
         const auto animator = _animators.at(static_cast<std::size_t>(i));
-        if (_currentFrame < animator->_placement->startFrame) {
+        if (_currentFrame < animator->_extras->placement.startFrame) {
             if (_animators.isInOrder())
                 return; // the others start later still
             continue;

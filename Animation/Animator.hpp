@@ -4,6 +4,7 @@
 #include "Animation/WalkedList.hpp"
 #include "Platform/Foundation/Callback.hpp"
 #include "Platform/Foundation/NSTimer.hpp"
+#include "Platform/Foundation/SlimCallback.hpp"
 
 #include <concepts> // IWYU pragma: keep
 #include <cstdint>
@@ -236,7 +237,6 @@ private:
 
     /// As given to `setup`.
     std::int64_t _frameCount = 0;
-    std::shared_ptr<NSTimer> _timer;
     float _interval = 0.005F;
     animation::EntryCount _entries;
     EnumEasing _type : 8 = EASING_easeNone;
@@ -245,13 +245,20 @@ public:
     /// When true, a run turns back at its end instead of finishing.
     bool looped = false;
     /// Called at the end of a run that is not looped, with the destination.
-    Callback<Animator &, float> onFinished;
+    SlimCallback<Animator &, float> onFinished;
     /// Called at each turn-back.
-    Callback<Animator &> onLoop;
+    SlimCallback<Animator &> onLoop;
 
 private:
-    /// None before it is first placed on a timeline.
-    std::unique_ptr<animation::Placement> _placement;
+    /// What an animator has that runs by itself or stands on a timeline.
+    struct Extras {
+        std::shared_ptr<NSTimer> timer;
+        animation::Placement placement;
+    };
+    /// Made when they are first needed.
+    Extras &extras();
+
+    std::unique_ptr<Extras> _extras;
 };
 
 /// Steps animators side by side, once each a tick, on a timer of its own. It drops

@@ -16,9 +16,7 @@ Timeline::~Timeline()
 
 void Timeline::place(const std::shared_ptr<Animator> &animator, std::int64_t startFrame)
 {
-    if (!animator->_placement)
-        animator->_placement = std::make_unique<Placement>();
-    Placement &placement = *animator->_placement;
+    Placement &placement = animator->extras().placement;
     if (placement.entries > 0 && placement.startFrame != startFrame) {
         ++startChanges;
         ++endChanges;
@@ -53,7 +51,7 @@ bool Timeline::remove(const Animator &animator)
     const bool isLeft = std::any_of(entries_.begin(), entries_.end(),
                                     [&](const Entry &left) { return left.animator == removed; });
     if (!isLeft && std::erase(changed_, removed.get()) > 0)
-        removed->_placement->noted = false;
+        removed->_extras->placement.noted = false;
     release(*removed);
     return true;
 }
@@ -87,7 +85,8 @@ std::vector<std::shared_ptr<Animator>> Timeline::items()
 std::int64_t Timeline::latestEnd(std::int64_t known)
 {
     const auto look = [&known](const Animator &animator) {
-        known = std::max(known, checkedAdd(animator._placement->startFrame, animator._frames));
+        known =
+            std::max(known, checkedAdd(animator._extras->placement.startFrame, animator._frames));
     };
     if (lookedAt_ == endChanges) {
         for (const Animator *const animator : changed_)
@@ -103,7 +102,7 @@ std::int64_t Timeline::latestEnd(std::int64_t known)
 
 void Timeline::noteFrames(Animator &animator)
 {
-    Placement &placement = *animator._placement;
+    Placement &placement = animator._extras->placement;
     if (placement.onSeveral) {
         ++endChanges;
     } else if (!placement.noted) {
@@ -120,7 +119,7 @@ bool Timeline::isEarlier(const Entry &left, const Entry &right)
 /// Notes that `animator` has an entry less.
 void Timeline::release(Animator &animator)
 {
-    Placement &placement = *animator._placement;
+    Placement &placement = animator._extras->placement;
     if (--placement.entries == 0)
         placement = {.startFrame = placement.startFrame};
 }
@@ -129,7 +128,7 @@ void Timeline::release(Animator &animator)
 void Timeline::takeStartFrames()
 {
     for (Entry &entry : entries_)
-        entry.startFrame = entry.animator->_placement->startFrame;
+        entry.startFrame = entry.animator->_extras->placement.startFrame;
     sorted_ = 0;
     sortedAt_ = startChanges;
 }
@@ -147,7 +146,7 @@ void Timeline::sort()
 void Timeline::forgetChanges()
 {
     for (Animator *const animator : changed_)
-        animator->_placement->noted = false;
+        animator->_extras->placement.noted = false;
     changed_.clear();
 }
 

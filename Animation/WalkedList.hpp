@@ -132,7 +132,9 @@ private:
         std::size_t firstSlotOf(const Element &element)
         {
             const std::size_t visited = next_ - 1;
-            if (element._entries.isOne())
+            // A walk's gaps are no later than what it visits. So many of them leave
+            // nothing else in front of it.
+            if (element._entries.isOne() || list_->gaps_ == visited)
                 return visited;
             if (firstOfRepeated_.empty())
                 findRepeated();

@@ -1,5 +1,6 @@
-// How late timers of 5 ms and 9 ms tick, in the kit, in GLib and in Qt, while the
-// machine is idle and while every core is busy: timer_lateness [SECONDS [ROUNDS]]
+// How late timers of 5 ms and 9 ms tick, in the kit, in Qt, in GLib and in a bare loop
+// over what the kernel has, while the machine is idle and while every core is busy:
+// timer_lateness [SECONDS [ROUNDS [idle|busy]]]
 #include "Animation/Animator.hpp"
 #include "Benchmarks/Report/Report.hpp"
 
@@ -8,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -19,6 +21,9 @@
 #include <QCoreApplication>
 #include <QTimer>
 #include <glib.h>
+#include <poll.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
 
 namespace
 {
@@ -89,6 +94,8 @@ void runMainLoopFor(double seconds)
 
 void runKit(Grids &grids, double seconds)
 {
+    // The program's first timer makes what all of them run on.
+    NSTimer::scheduledTimer(1, true, [](NSTimer &) {})->invalidate();
     std::vector<std::shared_ptr<Animator>> animators;
     for (Grid &grid : grids) {
         animators.push_back(Animator::create(0, 1, INT32_MAX, grid.interval()));
@@ -137,6 +144,32 @@ void runQt(Grids &grids, double seconds)
     QCoreApplication::exec();
 }
 
+/// Nothing but the kernel's timers and a loop: nobody who waits as others do is served
+/// sooner.
+void runTimerfd(Grids &grids, double seconds)
+{
+    std::array<pollfd, intervals.size()> timers{};
+    for (std::size_t i = 0; i < grids.size(); ++i) {
+        timers[i] = {timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC), POLLIN, 0};
+        const timespec period{0, milliseconds(grids[i]) * 1'000'000L};
+        const itimerspec setting{period, period};
+        grids[i].start();
+        timerfd_settime(timers[i].fd, 0, &setting, nullptr);
+    }
+    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+    while (Clock::now() < end) {
+        poll(timers.data(), timers.size(), -1);
+        for (std::size_t i = 0; i < grids.size(); ++i) {
+            std::uint64_t expirations = 0;
+            if ((timers[i].revents & POLLIN) != 0 &&
+                read(timers[i].fd, &expirations, sizeof(expirations)) > 0)
+                grids[i].tick();
+        }
+    }
+    for (const pollfd &timer : timers)
+        close(timer.fd);
+}
+
 /// Keeps every core busy while it lives.
 class Load
 {
@@ -168,7 +201,7 @@ struct Driver {
     void (*run)(Grids &, double seconds);
 };
 constexpr std::array drivers{Driver{"kit", runKit}, Driver{"Qt precise", runQt},
-                             Driver{"g_timeout_add", runGLib}};
+                             Driver{"g_timeout_add", runGLib}, Driver{"bare timerfd", runTimerfd}};
 
 /// What each driver's timer of one interval was like, round by round.
 using Lateness = std::array<std::vector<double>, drivers.size()>;
@@ -201,6 +234,8 @@ void measure(const char *load, double seconds, int rounds)
                   ratios(late[i][0], late[i][1])});
         printRow(
             {"Lateness (p99) of a " + which, "g_timeout_add", {}, ratios(late[i][0], late[i][2])});
+        printRow(
+            {"Lateness (p99) of a " + which, "a bare timerfd", {}, ratios(late[i][0], late[i][3])});
         printRow({"Drift of a " + which, "", 0.1, drift[i], "ms"});
     }
 }
@@ -212,7 +247,11 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
     const int rounds = argc > 2 ? std::atoi(argv[2]) : 3;
-    measure("idle", seconds, rounds);
+    const std::string only = argc > 3 ? argv[3] : "";
+    if (only != "busy")
+        measure("idle", seconds, rounds);
+    if (only == "idle")
+        return 0;
     const Load load;
     measure("busy", seconds, rounds);
 }

@@ -77,9 +77,11 @@ void PlayerCore::stop()
 }
 
 void PlayerCore::setOutput(const AVAudioFormat &format, std::uint32_t framesAhead,
-                           std::uint32_t largestBlock)
+                           std::uint32_t largestBlock, Feeding feeding)
 {
     const Lock lock(mutex_);
+    if (std::exchange(feeding_, feeding) != feeding)
+        changed();
     if (feed_ && feed_->format() == format && ring_.get()->capacity() >= framesAhead &&
         ring_.get()->largestBlock() >= largestBlock)
         return;
@@ -156,9 +158,11 @@ void PlayerCore::waitForFrames(std::uint32_t frames)
             return;
         while (framesReady() < frames && feedFrames())
             continue;
-        if (framesReady() >= frames)
+        const bool areEnough = framesReady() >= frames;
+        if (!areEnough || isPlayedThrough())
+            changed();
+        if (areEnough)
             return;
-        changed();
         feederRests_.wait(lock, [this] { return !awake_; });
         if (framesReady() >= frames)
             return;
@@ -234,16 +238,13 @@ bool PlayerCore::feedOneStep(Lock &lock)
 {
     if (feedFrames())
         return true;
-    // Without room in the ring there is more to come of the file.
-    if (!feed_ || feed_->frames() > 0 || feed_->hasFile())
-        return false;
-    if (headBegun_) {
-        // A file is not played through before the node plays.
-        if (!playing_)
-            return false;
+    if (isPlayedThrough()) {
         completeHead(lock);
         return true;
     }
+    // With the head begun there is more to come of its file, once there is room.
+    if (!feed_ || headBegun_ || feed_->frames() > 0)
+        return false;
     if (feed_->holdsBack() && (drainWanted_ || ringRunsLow())) {
         drainWanted_ = false;
         feed_->drain();
@@ -272,6 +273,12 @@ bool PlayerCore::feedFrames()
     else
         feed_->produce();
     return true;
+}
+
+// Whether the head's last frame is in the ring. Not before the node plays.
+bool PlayerCore::isPlayedThrough() const
+{
+    return playing_ && headBegun_ && feed_ && feed_->frames() == 0 && !feed_->hasFile();
 }
 
 bool PlayerCore::decodeIntoRing()
@@ -327,13 +334,13 @@ bool PlayerCore::ringRunsLow() const
     return ring->available() < ring->capacity() / 4;
 }
 
-// The callback wakes nobody: the feeder looks at the ring itself, often enough.
+// The callback wakes nobody: on time, the feeder looks at the ring itself, often enough.
 void PlayerCore::rest(Lock &lock)
 {
     awake_ = false;
     feederRests_.notify_all();
     const auto woken = [this] { return awake_; };
-    if (!playing_ || !feed_) {
+    if (!playing_ || !feed_ || feeding_ == Feeding::onDemand) {
         feederWakes_.wait(lock, woken);
         return;
     }

@@ -38,11 +38,14 @@ public:
     void stop();
     bool isPlaying() const { return playing_.load(); }
 
+    /// When the feeder looks for room in the ring: every now and then, for a callback
+    /// that wakes nobody, or when there is news, for who calls `waitForFrames`.
+    enum class Feeding { onTime, onDemand };
     /// What the output connection carries, and how many frames to read ahead.
     /// Frames read ahead in another format are converted, not lost.
     /// The callback asks for up to `largestBlock` frames at a time.
     void setOutput(const AVAudioFormat &format, std::uint32_t framesAhead,
-                   std::uint32_t largestBlock);
+                   std::uint32_t largestBlock, Feeding feeding);
 
     /// Whether no completion is running, and `frames` frames can be read or none are
     /// to be had because it does not play. On the thread that reads.
@@ -77,6 +80,7 @@ private:
     void runFeeder();
     bool feedOneStep(Lock &lock);
     bool feedFrames();
+    bool isPlayedThrough() const;
     bool decodeIntoRing();
     void beginHead();
     void completeHead(Lock &lock);
@@ -100,6 +104,7 @@ private:
     Queue queue_;   // the head is what is being fed
     Queue dropped_; // completions still to be called
     std::unique_ptr<FileFeed> feed_;
+    Feeding feeding_ = Feeding::onTime;
     bool headBegun_ = false;
     bool drainWanted_ = false;
     bool awake_ = true;

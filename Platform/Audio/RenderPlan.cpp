@@ -148,7 +148,8 @@ RenderStepPointer RenderPlanner::playerStep(const std::shared_ptr<PlayerCore> &c
     const auto ahead = static_cast<std::uint32_t>(std::ceil(secondsAhead_ * format.sampleRate()));
     // On time, one block is used while the next is decoded.
     const std::uint32_t least = ahead > 0 ? 2 * perBlock : std::max(perBlock, packetFrames);
-    core->setOutput(format, std::max(ahead, least), maximumFrames_);
+    const auto feeding = ahead > 0 ? PlayerCore::Feeding::onTime : PlayerCore::Feeding::onDemand;
+    core->setOutput(format, std::max(ahead, least), maximumFrames_, feeding);
     plan_->players.push_back({core, perBlock});
     return std::make_unique<PlayerStep>(core, format, maximumFrames_);
 }

@@ -6,6 +6,7 @@
 #include "Platform/Foundation/NSTimer.hpp"
 #include "Platform/Foundation/Print.hpp"
 #include "Platform/Foundation/Shared.hpp"
+#include "Platform/Foundation/SlimCallback.hpp"
 #include "Platform/Foundation/Unwrap.hpp"
 
 #include <gtest/gtest.h>
@@ -42,9 +43,25 @@ protected:
     BaseDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-TEST(Callback, IsTrueWhenSet)
+struct TwoWords {
+    template <typename... Args>
+    using Of = Callback<Args...>;
+};
+struct OneWord {
+    template <typename... Args>
+    using Of = SlimCallback<Args...>;
+};
+
+template <typename Kind>
+class CallbackTest : public ::testing::Test
 {
-    Callback<int> callback;
+};
+using CallbackKinds = ::testing::Types<TwoWords, OneWord>;
+TYPED_TEST_SUITE(CallbackTest, CallbackKinds);
+
+TYPED_TEST(CallbackTest, IsTrueWhenSet)
+{
+    typename TypeParam::template Of<int> callback;
     EXPECT_FALSE(callback);
     callback = [](int) {};
     EXPECT_TRUE(callback);
@@ -56,13 +73,13 @@ TEST(Callback, IsTrueWhenSet)
     EXPECT_FALSE(callback);
 }
 
-TEST(Callback, SharesTheClosureWithItsCopies)
+TYPED_TEST(CallbackTest, SharesTheClosureWithItsCopies)
 {
     const auto kept = std::make_shared<int>(0);
-    Callback<> first = [kept] { ++*kept; };
+    typename TypeParam::template Of<> first = [kept] { ++*kept; };
     EXPECT_EQ(kept.use_count(), 2);
-    Callback<> second = first;
-    Callback<> third = std::move(first);
+    typename TypeParam::template Of<> second = first;
+    typename TypeParam::template Of<> third = std::move(first);
     EXPECT_FALSE(first); // NOLINT(bugprone-use-after-move): what a move leaves
     second();
     third();
@@ -73,18 +90,20 @@ TEST(Callback, SharesTheClosureWithItsCopies)
     EXPECT_EQ(kept.use_count(), 1);
 }
 
-TEST(Callback, HoldsAClosureThatCannotBeCopied)
+TYPED_TEST(CallbackTest, HoldsAClosureThatCannotBeCopied)
 {
     int seen = 0;
-    const Callback<> callback = [&seen, value = std::make_unique<int>(4)] { seen = *value; };
+    const typename TypeParam::template Of<> callback = [&seen, value = std::make_unique<int>(4)] {
+        seen = *value;
+    };
     callback();
     EXPECT_EQ(seen, 4);
 }
 
-TEST(Callback, LetsGoOfAClosureThatThrows)
+TYPED_TEST(CallbackTest, LetsGoOfAClosureThatThrows)
 {
     const auto kept = std::make_shared<int>(0);
-    Callback<> callback;
+    typename TypeParam::template Of<> callback;
     callback = [&callback, kept] {
         callback = nullptr;
         throw std::runtime_error("a fault");
@@ -93,34 +112,34 @@ TEST(Callback, LetsGoOfAClosureThatThrows)
     EXPECT_EQ(kept.use_count(), 1);
 }
 
-TEST(Callback, CallsTheClosureWithItsArguments)
+TYPED_TEST(CallbackTest, CallsTheClosureWithItsArguments)
 {
     std::string object = "object";
-    Callback<std::string &, float> callback = [](std::string &text, float value) {
-        text += value == 2.5F ? " and value" : "";
-    };
+    typename TypeParam::template Of<std::string &, float> callback =
+        [](std::string &text, float value) { text += value == 2.5F ? " and value" : ""; };
     callback(object, 2.5F);
     EXPECT_EQ(object, "object and value");
 }
 
-TEST(Callback, DoesNothingWhenUnset)
+TYPED_TEST(CallbackTest, DoesNothingWhenUnset)
 {
-    const Callback<> callback;
+    const typename TypeParam::template Of<> callback;
     callback();
 }
 
-TEST(Callback, MovesAnArgumentThatCannotBeCopied)
+TYPED_TEST(CallbackTest, MovesAnArgumentThatCannotBeCopied)
 {
     int seen = 0;
-    Callback<std::unique_ptr<int>> callback = [&](std::unique_ptr<int> value) { seen = *value; };
+    typename TypeParam::template Of<std::unique_ptr<int>> callback =
+        [&](std::unique_ptr<int> value) { seen = *value; };
     callback(std::make_unique<int>(7));
     EXPECT_EQ(seen, 7);
 }
 
-TEST(Callback, KeepsTheRunningClosureWhenReplacedOrCleared)
+TYPED_TEST(CallbackTest, KeepsTheRunningClosureWhenReplacedOrCleared)
 {
     const auto kept = std::make_shared<int>(5);
-    Callback<> callback;
+    typename TypeParam::template Of<> callback;
     int seen = 0;
     callback = [&callback, &seen, kept] {
         callback = [&seen] { seen = 1; };
@@ -141,10 +160,10 @@ TEST(Callback, KeepsTheRunningClosureWhenReplacedOrCleared)
     EXPECT_FALSE(callback);
 }
 
-TEST(Callback, SurvivesTheEndOfItsOwner)
+TYPED_TEST(CallbackTest, SurvivesTheEndOfItsOwner)
 {
     const auto kept = std::make_shared<int>(3);
-    auto owner = std::make_unique<Callback<>>();
+    auto owner = std::make_unique<typename TypeParam::template Of<>>();
     int seen = 0;
     *owner = [&owner, &seen, kept] {
         owner.reset();
@@ -155,9 +174,9 @@ TEST(Callback, SurvivesTheEndOfItsOwner)
     EXPECT_EQ(kept.use_count(), 1);
 }
 
-TEST(Callback, MayCallItself)
+TYPED_TEST(CallbackTest, MayCallItself)
 {
-    Callback<int> callback;
+    typename TypeParam::template Of<int> callback;
     int sum = 0;
     callback = [&](int n) {
         sum += n;
