@@ -115,6 +115,13 @@ TEST_F(HelpViewControllerTest, IsTheDelegateOfItsWebView)
     EXPECT_EQ(controller->webView->uiDelegate.lock(), controller);
 }
 
+TEST_F(HelpViewControllerTest, BeginsWithNothing)
+{
+    const auto controller = make<OpenHelp>();
+    EXPECT_EQ(controller->webView, nullptr);
+    EXPECT_EQ(controller->buttonExit, nullptr);
+}
+
 TEST_F(HelpViewControllerTest, ShowsTheManualAtFirst)
 {
     const auto controller = make<CountingHelp>();
@@ -163,6 +170,15 @@ TEST_F(HelpViewControllerTest, ShowsTheManualAsItIs)
     EXPECT_THAT(printed.lines(),
                 ElementsAre("navigationAction: ", manual, "navigationResponse: ", manual));
     EXPECT_EQ(controller->webView->url(), URL::fromString(manual));
+}
+
+TEST_F(HelpViewControllerTest, StaysAsItIsWhenTheSystemIsShortOfMemory)
+{
+    const auto controller = make<CountingHelp>();
+    controller->loadViewIfNeeded();
+    controller->didReceiveMemoryWarning();
+    EXPECT_THAT(controller->loads, IsEmpty());
+    EXPECT_THAT(printed.lines(), IsEmpty());
 }
 
 TEST_F(HelpViewControllerTest, GoesToTheMakersSite)
