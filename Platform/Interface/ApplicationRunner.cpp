@@ -12,6 +12,7 @@
 #include <gdkmm/toplevel.h>
 #include <glib-unix.h>
 #include <gtkmm/cssprovider.h>
+#include <gtkmm/settings.h>
 #include <gtkmm/stylecontext.h>
 #include <gtkmm/window.h>
 
@@ -128,6 +129,8 @@ void ApplicationRunner::addStyleSheet() const
     provider->load_from_path(*path);
     Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), provider,
                                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    // Dialogs have header bars as the window has, whatever the desktop's own have.
+    Gtk::Settings::get_default()->property_gtk_dialogs_use_header() = true;
 }
 
 } // namespace platform::interface
