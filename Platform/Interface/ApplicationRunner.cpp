@@ -21,11 +21,23 @@
 #include <string>
 #include <utility>
 
+#include <malloc.h>
+
 namespace platform::interface
 {
 
 namespace
 {
+
+/// Each frame is painted into room of its own, of some megabytes. By default it would go
+/// back to the system after the frame, and be fetched anew, page by page, for the next,
+/// which takes a good part of the painting's time.
+void keepRoomForFrames()
+{
+    constexpr int largestFrame = 32 << 20;
+    mallopt(M_MMAP_THRESHOLD, largestFrame);
+    mallopt(M_TRIM_THRESHOLD, 2 * largestFrame);
+}
 
 /// An audio unit's own view is an X window, which a Wayland surface cannot hold,
 /// so X11 comes first; `GDK_BACKEND` in the environment decides all the same.
@@ -36,6 +48,7 @@ constexpr const char *backends = "x11,*";
 ApplicationRunner::ApplicationRunner(UIApplication &application, ApplicationProperties properties)
     : application_(application), properties_(std::move(properties))
 {
+    keepRoomForFrames();
     // Painting comes before timers and queued work, so that neither can starve it.
     RunLoop::main().setSourcePriority(GDK_PRIORITY_REDRAW + 1);
     g_set_prgname(properties_.identifier.c_str());

@@ -20,8 +20,8 @@
 using test::serveMainThreadUntil;
 using test::ShownScreen;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 namespace
 {
@@ -208,6 +208,18 @@ TEST_F(HelpViewControllerTest, TellsOfAHelpPageThatIsNoText)
     controller->loadHelpHtml();
     EXPECT_THAT(printed.lines(), ElementsAre("The file '" + resources.path("help.html") +
                                              "' is not text in UTF-8."));
+    EXPECT_EQ(controller->webView->url(), std::nullopt);
+}
+
+TEST_F(HelpViewControllerTest, TellsOfAHelpPageThatCannotBeRead)
+{
+    std::filesystem::remove(resources.path("help.html"));
+    // Its beginning is no memory.
+    std::filesystem::create_symlink("/proc/self/mem", resources.path("help.html"));
+    const auto controller = make<OpenHelp>();
+    controller->loadViewIfNeeded();
+    controller->loadHelpHtml();
+    EXPECT_THAT(printed.lines(), ElementsAre(HasSubstr(resources.path("help.html"))));
     EXPECT_EQ(controller->webView->url(), std::nullopt);
 }
 
