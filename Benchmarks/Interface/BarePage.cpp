@@ -21,12 +21,12 @@ int main(int argc, char *argv[])
             if (symbol != GDK_KEY_F1)
                 return false;
             auto *session = webkit_network_session_new_ephemeral();
-            auto *page = static_cast<GtkWidget *>(
-                g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, nullptr));
+            auto *settings = webkit_settings_new();
             if (software)
                 webkit_settings_set_hardware_acceleration_policy(
-                    webkit_web_view_get_settings(WEBKIT_WEB_VIEW(page)),
-                    WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+                    settings, WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+            auto *page = static_cast<GtkWidget *>(g_object_new(
+                WEBKIT_TYPE_WEB_VIEW, "network-session", session, "settings", settings, nullptr));
             gtk_window_set_child(window.gobj(), page);
             webkit_web_view_load_uri(WEBKIT_WEB_VIEW(page), document.c_str());
             return true;

@@ -40,7 +40,7 @@ EffectFrame::EffectFrame(std::shared_ptr<effect::EffectView> view)
 
     message_.set_wrap(true);
     message_.set_justify(Gtk::Justification::CENTER);
-    message_.add_css_class("dim-label");
+    message_.add_css_class("effect-message");
     remedy_.set_halign(Gtk::Align::CENTER);
     remedy_.signal_clicked().connect([this] { help(); });
     messageBox_.set_orientation(Gtk::Orientation::VERTICAL);
@@ -126,6 +126,11 @@ void EffectFrame::update()
 
 void EffectFrame::showPage(Gtk::Widget &page)
 {
+    // The style sheet tells the two apart.
+    if (&page == &messageBox_)
+        add_css_class("message");
+    else
+        remove_css_class("message");
     interface::showPageOf(gobj(), page.gobj());
 }
 

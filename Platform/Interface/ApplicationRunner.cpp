@@ -12,6 +12,7 @@
 #include <gdkmm/toplevel.h>
 #include <glib-unix.h>
 #include <gtkmm/cssprovider.h>
+#include <gtkmm/settings.h>
 #include <gtkmm/stylecontext.h>
 #include <gtkmm/window.h>
 
@@ -20,11 +21,23 @@
 #include <string>
 #include <utility>
 
+#include <malloc.h>
+
 namespace platform::interface
 {
 
 namespace
 {
+
+/// Each frame is painted into room of its own, of some megabytes. By default it would go
+/// back to the system after the frame, and be fetched anew, page by page, for the next,
+/// which takes a good part of the painting's time.
+void keepRoomForFrames()
+{
+    constexpr int largestFrame = 32 << 20;
+    mallopt(M_MMAP_THRESHOLD, largestFrame);
+    mallopt(M_TRIM_THRESHOLD, 2 * largestFrame);
+}
 
 /// An audio unit's own view is an X window, which a Wayland surface cannot hold,
 /// so X11 comes first; `GDK_BACKEND` in the environment decides all the same.
@@ -35,6 +48,7 @@ constexpr const char *backends = "x11,*";
 ApplicationRunner::ApplicationRunner(UIApplication &application, ApplicationProperties properties)
     : application_(application), properties_(std::move(properties))
 {
+    keepRoomForFrames();
     // Painting comes before timers and queued work, so that neither can starve it.
     RunLoop::main().setSourcePriority(GDK_PRIORITY_REDRAW + 1);
     g_set_prgname(properties_.identifier.c_str());
@@ -128,6 +142,8 @@ void ApplicationRunner::addStyleSheet() const
     provider->load_from_path(*path);
     Gtk::StyleContext::add_provider_for_display(Gdk::Display::get_default(), provider,
                                                 GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+    // Dialogs have header bars as the window has, whatever the desktop's own have.
+    Gtk::Settings::get_default()->property_gtk_dialogs_use_header() = true;
 }
 
 } // namespace platform::interface

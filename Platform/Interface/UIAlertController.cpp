@@ -4,6 +4,7 @@
 #include "Platform/Interface/UIWindow.hpp"
 #include "Platform/Interface/Widget.hpp"
 
+#include <gtkmm/label.h>
 #include <gtkmm/messagedialog.h>
 
 #include <algorithm>
@@ -18,14 +19,25 @@ public:
     {
         dialog_.set_transient_for(parent);
         dialog_.set_secondary_text(alert.message_);
+        centreText();
         // By the desktop's custom what cancels stands first, what confirms last.
         for (const bool cancelling : {true, false})
             addButtons(alert.actions_, cancelling);
+        if (Gtk::Widget *expected = dialog_.get_default_widget())
+            expected->add_css_class("suggested-action");
     }
 
     Gtk::MessageDialog &get() { return dialog_; }
 
 private:
+    void centreText()
+    {
+        Gtk::Widget *text = dialog_.get_message_area()->get_first_child();
+        for (; text; text = text->get_next_sibling())
+            if (auto *label = dynamic_cast<Gtk::Label *>(text))
+                label->set_justify(Gtk::Justification::CENTER);
+    }
+
     void addButtons(const std::vector<UIAlertAction> &actions, bool cancelling)
     {
         for (std::size_t index = 0; index < actions.size(); ++index) {

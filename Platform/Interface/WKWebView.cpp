@@ -4,6 +4,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
 #include "Platform/Foundation/URLText.hpp"
+#include "Platform/Interface/SandboxTrial.hpp"
 #include "Platform/Interface/WebPage.hpp"
 #include "Platform/Interface/Widget.hpp"
 
@@ -102,9 +103,12 @@ WKWebView::WKWebView() : WKWebView(std::make_unique<Widget>(*Gtk::make_managed<G
 WKWebView::WKWebView(std::unique_ptr<Widget> box)
     : UIView(Box{std::move(box)}), observer_(std::make_unique<Observer>(*this))
 {
+    // While that is tried the engine is loaded.
+    platform::interface::SandboxTrial sandbox;
     try {
         static const MakeWebPage makeWebPage = findMakeWebPage();
-        makeWebPage(*observer_, page_);
+        if (sandbox.succeeds())
+            makeWebPage(*observer_, page_);
         setContent(page_ ? std::make_unique<Widget>(*Glib::wrap(page_->widget()))
                          : messageSaying("Pages cannot be shown, since this system does not let "
                                          "them run in a sandbox."));

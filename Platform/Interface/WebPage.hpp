@@ -55,8 +55,8 @@ public:
     virtual bool isLoading() const noexcept = 0;
 };
 
-/// The one function that the module exports, under the name in `makeWebPageSymbol`. It
-/// leaves null where pages cannot be held in a sandbox. The observer outlives the page.
+/// The one function that the module exports, under the name in `makeWebPageSymbol`; only
+/// where pages can be held in a sandbox. The observer outlives the page.
 using MakeWebPage = void (*)(WebPageObserver &observer, std::unique_ptr<WebPage> &page) noexcept;
 inline constexpr const char *makeWebPageSymbol = "parvaneMakeWebPage";
 

@@ -43,10 +43,32 @@ WebKitSettings *settings()
     return shared.get();
 }
 
+/// Takes what leads nowhere here out of the viewer: its tools for writing into a
+/// document, and the ways to save it or to open another.
+WebKitUserContentManager *contentManager()
+{
+    static const GObjectHandle<WebKitUserContentManager> shared = [] {
+        constexpr const char *hideTools =
+            "#editorModeButtons, #editorModeSeparator, #download, #secondaryDownload, "
+            "#secondaryOpenFile, #viewBookmark, #viewBookmarkSeparator "
+            "{ display: none !important }";
+        constexpr std::array<const char *, 2> viewerAlone{"webkit-pdfjs-viewer://*/*", nullptr};
+        GObjectHandle<WebKitUserContentManager> made(webkit_user_content_manager_new());
+        WebKitUserStyleSheet *sheet =
+            webkit_user_style_sheet_new(hideTools, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                                        WEBKIT_USER_STYLE_LEVEL_USER, viewerAlone.data(), nullptr);
+        webkit_user_content_manager_add_style_sheet(made.get(), sheet);
+        webkit_user_style_sheet_unref(sheet);
+        return made;
+    }();
+    return shared.get();
+}
+
 GObjectHandle<WebKitWebView> makeView()
 {
-    return takeFloating<WebKitWebView>(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session",
-                                                    session(), "settings", settings(), nullptr));
+    return takeFloating<WebKitWebView>(
+        g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session(), "settings", settings(),
+                     "user-content-manager", contentManager(), nullptr));
 }
 
 const char *uriOf(WebKitNavigationAction *action)

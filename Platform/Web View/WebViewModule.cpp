@@ -1,4 +1,3 @@
-#include "Platform/Web View/Sandbox.hpp"
 #include "Platform/Web View/SandboxNotes.hpp"
 #include "Platform/Web View/WebKitPage.hpp"
 
@@ -9,8 +8,6 @@ extern "C" [[gnu::visibility("default")]] void
 parvaneMakeWebPage(platform::interface::WebPageObserver &observer,
                    std::unique_ptr<platform::interface::WebPage> &page) noexcept
 {
-    if (!platform::interface::canSandbox())
-        return;
     platform::interface::removeSandboxNotesAtTheEnd();
     page = std::make_unique<platform::interface::WebKitPage>(observer);
 }

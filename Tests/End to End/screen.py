@@ -175,21 +175,30 @@ class ManagedScreen(Screen):
         program.wait_for(LOADED)
         program.press("Effect")
         self.wait_until_in_place(program)
+        self.take_keyboard(program)
+        # The view's, who does nothing with it; then one that is not the view's: the manual.
+        subprocess.run(["xdotool", "key", "ctrl+space", "key", "F1"], check=True)
+        program.wait_for("ShowHelp")
+        self.assertNotIn(STARTING, program.lines)
+        program.button("Back")
+        # Then the host has the keyboard again.
+        subprocess.run(["xdotool", "key", "Escape"], check=True)
+        self.wait_until_in_place(program)
+        subprocess.run(["xdotool", "key", "ctrl+space"], check=True)
+        program.wait_for(STARTING)
+        self.take_keyboard(program)
+        subprocess.run(["xdotool", "key", "ctrl+q"], check=True)
+        self.assertEqual(program.wait(), 0)
+        self.check_faults(program)
+
+    def take_keyboard(self, program):
+        """Clicks beside the knobs of the view."""
         view = program.view_window()
         extent = Extent(view)
         subprocess.run(["xdotool", "mousemove", str(extent.left + 20), str(extent.bottom - 20),
                         "click", "1"], check=True)
         wait_until(lambda: int(output_of("xdotool", "getwindowfocus", "-f")) == int(view, 16),
                    "keyboard in the view")
-        # Not the view's: the manual. Then the host has the keyboard again.
-        subprocess.run(["xdotool", "key", "F1"], check=True)
-        program.wait_for("ShowHelp")
-        program.button("Back")
-        subprocess.run(["xdotool", "key", "Escape"], check=True)
-        self.wait_until_in_place(program)
-        subprocess.run(["xdotool", "key", "ctrl+space"], check=True)
-        program.wait_for(STARTING)
-        self.end(program)
 
     def test_ends_when_the_manager_closes_the_window(self):
         program = self.start()

@@ -7,13 +7,13 @@
 #include "Platform/Interface/UIResponder.hpp"
 #include "Tests/Fuzzing/InputFile.hpp"
 #include "Tests/Fuzzing/Require.hpp"
+#include "Tests/Platform/Interface/StartInterface.hpp"
 #include "Tests/Utilities/XServer.hpp"
 
-#include <gtkmm/init.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <string_view>
 
 namespace
@@ -76,15 +76,8 @@ void load(const std::string &path)
 extern "C" int LLVMFuzzerInitialize(int * /*count*/, char *** /*arguments*/)
 {
     static const test::XServer server;
-    setenv("DISPLAY", server.display().c_str(), 1);
-    setenv("GDK_BACKEND", "x11", 1);
-    setenv("GSK_RENDERER", "cairo", 1);
-    setenv("GDK_DEBUG", "gl-disable", 1);
-    setenv("GTK_A11Y", "none", 1);
-    setenv("GSETTINGS_BACKEND", "memory", 1);
-    unsetenv("WAYLAND_DISPLAY");
-    gtk_init();
-    Gtk::init_gtkmm_internals();
+    useDisplay(server.display());
+    startInterface();
     return 0;
 }
 

@@ -118,14 +118,15 @@ TEST(ColorComponents, AreEqualInAGrey)
 class ImageHelper : public ::testing::Test
 {
 protected:
-    const HTTPServer server{
+    HTTPServer server{
         {{"/image", {.type = "image/png", .body = picture()}},
          {"/created", {.status = 201, .type = "image/png", .body = picture()}},
          {"/text", {.type = "image/png", .body = "This is no image."}},
          {"/broken", {.status = 500, .type = "image/png", .body = picture()}},
          {"/moved", {.status = 301, .headers = {"Location: /image"}}},
          {"/slow",
-          {.type = "image/png", .body = picture(), .delay = std::chrono::milliseconds(700)}},
+          {.type = "image/png", .body = picture(), .delay = std::chrono::milliseconds(100)}},
+         {"/held", {.type = "image/png", .body = picture(), .isHeld = true}},
          {"/half", {.type = "image/png", .body = picture(), .closesAfter = 40}}}};
     const std::shared_ptr<UIImage> former = UIImage::create(dataOf(picture()));
     std::shared_ptr<UIImageView> view = std::make_shared<UIImageView>(former);
@@ -228,11 +229,15 @@ protected:
         getImageFromURLString(*view, server.address(path));
     }
 
-    /// Requests run side by side; one that answers late ends after all before it.
-    void waitForAll()
+    /// Requests run side by side; one that is answered when all others have been ends
+    /// after them.
+    void waitForAll(std::size_t others)
     {
         const auto last = std::make_shared<UIImageView>();
-        getImageFromURLString(*last, server.address("/slow"));
+        getImageFromURLString(*last, server.address("/held"));
+        ASSERT_TRUE(serveMainThreadUntil(
+            [&] { return server.answered() == others && server.requests().size() == others + 1; }));
+        server.release();
         ASSERT_TRUE(serveMainThreadUntil([&] { return last->image() != nullptr; }));
     }
 };
@@ -252,13 +257,11 @@ TEST_F(GetImage, FollowsARedirection)
 
 TEST_F(GetImage, DoesNotMakeTheMainThreadWait)
 {
-    request("/slow");
-    int turns = 0;
-    ASSERT_TRUE(serveMainThreadUntil([&] {
-        ++turns;
-        return showsANewImage();
-    }));
-    EXPECT_GT(turns, 10);
+    request("/held");
+    ASSERT_TRUE(serveMainThreadUntil([&] { return !server.requests().empty(); }));
+    EXPECT_EQ(view->image(), former);
+    server.release();
+    ASSERT_TRUE(serveMainThreadUntil([&] { return showsANewImage(); }));
 }
 
 TEST_F(GetImage, ShowsNothingWhereThereIsNoPicture)
@@ -272,7 +275,7 @@ TEST_F(GetImage, IgnoresOtherAnswers)
 {
     for (const char *path : {"/missing", "/broken", "/created"})
         request(path);
-    waitForAll();
+    waitForAll(3);
     EXPECT_THAT(printed.lines(), ElementsAre(fetched)) << "That is of the last one.";
     EXPECT_EQ(view->image(), former);
 }
@@ -281,7 +284,7 @@ TEST_F(GetImage, IgnoresAFile)
 {
     getImageFromURLString(*view,
                           URL::fileURLWithPath(TEST_DATA_DIR "/CMakeLists.txt").absoluteString());
-    waitForAll();
+    waitForAll(0);
     EXPECT_THAT(printed.lines(), ElementsAre(fetched)) << "That is of the last one.";
     EXPECT_EQ(view->image(), former);
 }
@@ -298,9 +301,9 @@ TEST_F(GetImage, TellsOfATransferThatBreaksOff)
 TEST_F(GetImage, SaysNothingOfWhatIsNoAddress)
 {
     getImageFromURLString(*view, "not an address");
-    waitForAll();
+    waitForAll(0);
     EXPECT_THAT(printed.lines(), ElementsAre(fetched));
-    EXPECT_THAT(server.requests(), ElementsAre("/slow"));
+    EXPECT_THAT(server.requests(), ElementsAre("/held"));
 }
 
 TEST_F(GetImage, KeepsTheViewUntilItsEnd)

@@ -20,8 +20,8 @@
 using test::serveMainThreadUntil;
 using test::ShownScreen;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::StartsWith;
 
 namespace
 {
@@ -115,6 +115,13 @@ TEST_F(HelpViewControllerTest, IsTheDelegateOfItsWebView)
     EXPECT_EQ(controller->webView->uiDelegate.lock(), controller);
 }
 
+TEST_F(HelpViewControllerTest, BeginsWithNothing)
+{
+    const auto controller = make<OpenHelp>();
+    EXPECT_EQ(controller->webView, nullptr);
+    EXPECT_EQ(controller->buttonExit, nullptr);
+}
+
 TEST_F(HelpViewControllerTest, ShowsTheManualAtFirst)
 {
     const auto controller = make<CountingHelp>();
@@ -165,6 +172,15 @@ TEST_F(HelpViewControllerTest, ShowsTheManualAsItIs)
     EXPECT_EQ(controller->webView->url(), URL::fromString(manual));
 }
 
+TEST_F(HelpViewControllerTest, StaysAsItIsWhenTheSystemIsShortOfMemory)
+{
+    const auto controller = make<CountingHelp>();
+    controller->loadViewIfNeeded();
+    controller->didReceiveMemoryWarning();
+    EXPECT_THAT(controller->loads, IsEmpty());
+    EXPECT_THAT(printed.lines(), IsEmpty());
+}
+
 TEST_F(HelpViewControllerTest, GoesToTheMakersSite)
 {
     const auto controller = make<OpenHelp>();
@@ -192,6 +208,18 @@ TEST_F(HelpViewControllerTest, TellsOfAHelpPageThatIsNoText)
     controller->loadHelpHtml();
     EXPECT_THAT(printed.lines(), ElementsAre("The file '" + resources.path("help.html") +
                                              "' is not text in UTF-8."));
+    EXPECT_EQ(controller->webView->url(), std::nullopt);
+}
+
+TEST_F(HelpViewControllerTest, TellsOfAHelpPageThatCannotBeRead)
+{
+    std::filesystem::remove(resources.path("help.html"));
+    // Its beginning is no memory.
+    std::filesystem::create_symlink("/proc/self/mem", resources.path("help.html"));
+    const auto controller = make<OpenHelp>();
+    controller->loadViewIfNeeded();
+    controller->loadHelpHtml();
+    EXPECT_THAT(printed.lines(), ElementsAre(HasSubstr(resources.path("help.html"))));
     EXPECT_EQ(controller->webView->url(), std::nullopt);
 }
 

@@ -25,6 +25,9 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+
+#include <unistd.h>
 
 using test::serveMainThreadUntil;
 using ::testing::Contains;
@@ -59,6 +62,7 @@ class OpenViewController : public ViewController
 {
 public:
     using ViewController::audioUnitManager;
+    using ViewController::audioUnitView;
     using ViewController::audioUnitViewController;
     using ViewController::embedPlugInView;
     using ViewController::resetPluginView;
@@ -78,14 +82,22 @@ public:
         if (hasView_)
             AUViewController::loadView();
     }
+    void willMove(const std::shared_ptr<UIViewController> &newParent) override
+    {
+        movesTo = newParent;
+        wasInsideWhenAdded = view()->superview() != nullptr;
+    }
     void didMove(const std::shared_ptr<UIViewController> &newParent) override
     {
         movedTo = newParent;
-        wasInsideWhenMoved = view()->superview() != nullptr;
+        const auto area = view()->superview();
+        wasPinnedWhenMoved = area && area->constraints().size() == 4;
     }
 
+    std::shared_ptr<UIViewController> movesTo;
     std::shared_ptr<UIViewController> movedTo;
-    bool wasInsideWhenMoved = false;
+    bool wasInsideWhenAdded = false;
+    bool wasPinnedWhenMoved = false;
 
 private:
     bool hasView_;
@@ -97,6 +109,19 @@ std::shared_ptr<AVAudioUnit> unitWith(const std::shared_ptr<AUViewController> &v
     unit->viewController = viewController;
     return std::make_shared<AVAudioUnit>(unit);
 }
+
+/// Counts what it is told instead of doing it.
+class CountingManager : public AUExtensionManager
+{
+public:
+    using AUExtensionManager::AUExtensionManager;
+    bool togglePlayback() override
+    {
+        ++toggles;
+        return false;
+    }
+    int toggles = 0;
+};
 
 /// What each constraint of `view` ties, in order.
 std::vector<std::pair<NSLayoutAttribute, NSLayoutAttribute>> tiesOf(const UIView &view)
@@ -175,6 +200,38 @@ TEST_F(ViewControllerTest, CanBeMadeFromItsNib)
     EXPECT_EQ(controller->playButton, nullptr);
     load();
     EXPECT_NE(controller->playButton, nullptr);
+}
+
+TEST_F(ViewControllerTest, BeginsWithNothing)
+{
+    const auto fromNib = std::make_shared<OpenViewController>("Main", Bundle::main());
+    EXPECT_EQ(fromNib->audioUnitManager, nullptr);
+    EXPECT_EQ(fromNib->audioUnitViewController, nullptr);
+    EXPECT_EQ(fromNib->audioUnitView(), nullptr);
+    for (const std::shared_ptr<ViewController> &made :
+         {std::shared_ptr<ViewController>(fromNib),
+          std::dynamic_pointer_cast<ViewController>(
+              UIStoryboard("Main", nullptr).instantiateInitialViewController())}) {
+        ASSERT_NE(made, nullptr);
+        EXPECT_EQ(made->pluginView, nullptr);
+        EXPECT_EQ(made->buttonUnit, nullptr);
+        EXPECT_EQ(made->buttonInfo, nullptr);
+        EXPECT_EQ(made->buttonHelp, nullptr);
+        EXPECT_EQ(made->playButton, nullptr);
+        EXPECT_EQ(made->stopButton, nullptr);
+    }
+    EXPECT_THAT(printed.lines(), ::testing::IsEmpty());
+}
+
+TEST_F(ViewControllerTest, HasAnOutletForEachControlOfTheStoryboard)
+{
+    controller = fromStoryboard();
+    load();
+    for (const auto &button :
+         {controller->buttonUnit, controller->buttonInfo, controller->buttonHelp,
+          controller->playButton, controller->stopButton})
+        EXPECT_NE(button, nullptr);
+    EXPECT_NE(controller->pluginView, nullptr);
 }
 
 TEST_F(ViewControllerTest, TellsOfItsLoadingLineByLine)
@@ -311,6 +368,41 @@ protected:
     std::size_t before = 0;
 };
 
+TEST_F(LoadedViewController, IsTheDelegateOfItsEnginePlayer)
+{
+    EXPECT_EQ(open->audioUnitManager->auEngine()->delegate.load(), controller);
+}
+
+TEST_F(LoadedViewController, TogglesOnceWithEitherButton)
+{
+    const auto manager = std::make_shared<CountingManager>(controller);
+    open->audioUnitManager = manager;
+    controller->playButton->sendActions();
+    EXPECT_EQ(manager->toggles, 1);
+    controller->onStopButton(controller->stopButton);
+    EXPECT_EQ(manager->toggles, 2);
+    controller->onPlayButton(nullptr);
+    EXPECT_EQ(manager->toggles, 3);
+}
+
+TEST_F(LoadedViewController, OnlyHearsOfWhatItHasNothingToDoFor)
+{
+    const CGRect area = controller->pluginView->frame();
+    open->audioUnitViewController = std::make_shared<EffectView>();
+    const CGRect effect = open->audioUnitView()->frame();
+    controller->onEngineInitialized();
+    controller->onFileSelect("1.m4a");
+    controller->onLoop(3);
+    controller->viewWillAppear(true);
+    controller->viewDidDisappear(true);
+    controller->viewDidLayoutSubviews();
+    EXPECT_THAT(newLines(), ::testing::IsEmpty());
+    EXPECT_EQ(controller->pluginView->frame(), area) << "A layout gives the effect no shape.";
+    EXPECT_EQ(open->audioUnitView()->frame(), effect);
+    EXPECT_FALSE(controller->playButton->isHidden());
+    EXPECT_TRUE(controller->stopButton->isHidden());
+}
+
 TEST_F(LoadedViewController, EmbedsTheEffectsView)
 {
     const auto effect = std::make_shared<EffectView>();
@@ -318,8 +410,10 @@ TEST_F(LoadedViewController, EmbedsTheEffectsView)
     controller->onFoundComponent(unitWith(effect));
     EXPECT_THAT(newLines(), ElementsAre(loadingInterface));
     EXPECT_THAT(controller->children(), ElementsAre(effect));
+    EXPECT_EQ(effect->movesTo, controller);
+    EXPECT_FALSE(effect->wasInsideWhenAdded);
     EXPECT_EQ(effect->movedTo, controller);
-    EXPECT_TRUE(effect->wasInsideWhenMoved);
+    EXPECT_TRUE(effect->wasPinnedWhenMoved);
     EXPECT_EQ(effect->view()->superview(), controller->pluginView);
     EXPECT_EQ(effect->view()->frame(), CGRect(0, 0, 640.5, 480));
     EXPECT_FALSE(effect->view()->translatesAutoresizingMaskIntoConstraints);
@@ -536,14 +630,60 @@ protected:
     void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-TEST_F(ViewControllerDeathTest, NeedsItsOutlets)
+const std::string missing =
+    "Fatal error: Unexpectedly found nil while implicitly unwrapping an Optional value";
+
+/// Loads the screen of a storyboard that lacks one of its outlets. What it prints goes
+/// where a death test reads.
+void loadWithout(const std::function<void(ViewController &)> &forget)
+{
+    class Incomplete : public ViewController
+    {
+    public:
+        Incomplete(const std::shared_ptr<Bundle> &bundle,
+                   std::function<void(ViewController &)> forgetOne)
+            : ViewController("Main", bundle), forget(std::move(forgetOne))
+        {
+        }
+        void loadView() override
+        {
+            ViewController::loadView();
+            forget(*this);
+        }
+        std::function<void(ViewController &)> forget;
+    };
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    startInterface();
+    Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
+    std::make_shared<Incomplete>(Bundle::main(), forget)->loadViewIfNeeded();
+}
+
+TEST_F(ViewControllerDeathTest, NeedsItsButtonsBeforeItSearches)
+{
+    EXPECT_DEATH(loadWithout([](ViewController &screen) { screen.playButton.reset(); }),
+                 "^Info: Main view controller loaded.\n" + missing);
+    EXPECT_DEATH(loadWithout([](ViewController &screen) { screen.stopButton.reset(); }),
+                 "^Info: Main view controller loaded.\n" + missing);
+}
+
+TEST_F(ViewControllerDeathTest, NeedsTheEffectsAreaBeforeItLooksForFolders)
 {
     const auto load = [] {
-        startInterface();
-        std::make_shared<ViewController>(std::nullopt, nullptr)->loadViewIfNeeded();
+        loadWithout([](ViewController &screen) { screen.pluginView.reset(); });
     };
-    EXPECT_DEATH(load(), "Fatal error: Unexpectedly found nil while implicitly unwrapping an "
-                         "Optional value");
+    EXPECT_DEATH(load(),
+                 "^Info: Main view controller loaded.\nNOTE: WE ARE IN AUDIO UNIT.*" + missing);
+    EXPECT_DEATH(load(), ::testing::Not(::testing::HasSubstr("documents path")));
+}
+
+TEST_F(ViewControllerDeathTest, NeedsItsOutletsWhereverItUsesThem)
+{
+    const auto loose = [] { return std::make_shared<OpenViewController>(std::nullopt, nullptr); };
+    EXPECT_DEATH(loose()->onPlayerStateChanged(true), missing);
+    EXPECT_DEATH(loose()->onPlayerStateChanged(false), missing);
+    EXPECT_DEATH(loose()->onButtonUnit(nullptr), missing);
+    EXPECT_DEATH(loose()->onStopButton(nullptr), missing);
+    EXPECT_DEATH(loose()->embedPlugInView(), missing);
 }
 
 TEST_F(ViewControllerDeathTest, NeedsAListOfDocumentsFolders)
@@ -569,13 +709,14 @@ TEST_F(ViewControllerDeathTest, NeedsAViewControllerToEmbed)
 
 TEST_F(ViewControllerDeathTest, NeedsTheHelpScreenAtTheEndOfItsSegues)
 {
-    const auto prepare = [] {
+    const auto prepare = [](const std::string &identifier) {
         const auto controller = std::make_shared<ViewController>(std::nullopt, nullptr);
-        UIStoryboardSegue segue("ShowInfo", controller, controller);
+        UIStoryboardSegue segue(identifier, controller, controller);
         controller->prepare(segue, nullptr);
     };
-    EXPECT_DEATH(prepare(),
-                 "Fatal error: The segue 'ShowInfo' does not lead to a HelpViewController.");
+    for (const std::string identifier : {"ShowInfo", "ShowHelp"})
+        EXPECT_DEATH(prepare(identifier), "Fatal error: The segue '" + identifier +
+                                              "' does not lead to a HelpViewController.");
 }
 
 TEST_F(ViewControllerDeathTest, NeedsALocatorToPlay)
@@ -583,6 +724,5 @@ TEST_F(ViewControllerDeathTest, NeedsALocatorToPlay)
     const auto press = [] {
         std::make_shared<ViewController>(std::nullopt, nullptr)->onPlayButton(nullptr);
     };
-    EXPECT_DEATH(press(), "Fatal error: Unexpectedly found nil while implicitly unwrapping an "
-                          "Optional value");
+    EXPECT_DEATH(press(), missing);
 }

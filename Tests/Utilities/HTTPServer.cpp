@@ -75,6 +75,7 @@ HTTPServer::~HTTPServer()
     ending_ = true;
     shutdown(socket_, SHUT_RDWR);
     acceptor_.join();
+    release();
     {
         // A browser may keep a connection open and ask nothing.
         const std::lock_guard lock(mutex_);
@@ -95,6 +96,15 @@ std::vector<std::string> HTTPServer::requests() const
 {
     const std::lock_guard lock(mutex_);
     return requests_;
+}
+
+void HTTPServer::release()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        isReleased_ = true;
+    }
+    released_.notify_all();
 }
 
 void HTTPServer::serve()
@@ -121,13 +131,15 @@ void HTTPServer::answer(int connection)
 
 void HTTPServer::send(int connection, const std::string &path)
 {
-    {
-        const std::lock_guard lock(mutex_);
-        requests_.push_back(path);
-    }
     const auto known = answers_.find(path);
     const Answer answer =
         known == answers_.end() ? Answer{.status = 404, .body = "Not here."} : known->second;
+    {
+        std::unique_lock lock(mutex_);
+        requests_.push_back(path);
+        if (answer.isHeld)
+            released_.wait(lock, [this] { return isReleased_; });
+    }
     std::string head = "HTTP/1.1 " + std::to_string(answer.status) +
                        " Answer\r\nConnection: close\r\nContent-Type: " + answer.type +
                        "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\n";
@@ -138,6 +150,7 @@ void HTTPServer::send(int connection, const std::string &path)
          waited -= std::chrono::milliseconds(10))
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     write(connection, answer.body.substr(0, answer.closesAfter.value_or(answer.body.size())));
+    ++answered_;
 }
 
 } // namespace test

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <map>
 #include <mutex>
@@ -30,6 +31,8 @@ public:
         std::chrono::milliseconds delay{0};
         /// After so many bytes of the body the connection is closed.
         std::optional<std::size_t> closesAfter = {};
+        /// Whether it waits for `release` before all.
+        bool isHeld = false;
     };
 
     explicit HTTPServer(std::map<std::string, Answer> answers);
@@ -41,6 +44,10 @@ public:
     std::string address(const std::string &path) const;
     /// The paths that were asked for, in order.
     std::vector<std::string> requests() const;
+    /// How many were answered.
+    std::size_t answered() const { return answered_; }
+    /// Lets answers go that are held, those of now and of later.
+    void release();
 
 private:
     void serve();
@@ -51,7 +58,10 @@ private:
     int socket_;
     int port_;
     std::atomic<bool> ending_{false};
+    std::atomic<std::size_t> answered_{0};
     mutable std::mutex mutex_;
+    bool isReleased_ = false;
+    std::condition_variable released_;
     std::vector<std::string> requests_;
     std::set<int> open_;
     std::vector<std::thread> connections_;

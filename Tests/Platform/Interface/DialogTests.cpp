@@ -77,6 +77,9 @@ TEST_F(Alert, SaysItsMessageAndGivesItsChoices)
     EXPECT_EQ(gtk_widget_get_prev_sibling(leave), nullptr) << "What cancels stands first.";
     EXPECT_TRUE(gtk_widget_has_css_class(gtk_dialog_get_widget_for_response(dialog, 1),
                                          "destructive-action"));
+    GtkWidget *go = gtk_dialog_get_widget_for_response(dialog, 0);
+    EXPECT_TRUE(gtk_widget_has_css_class(go, "suggested-action"));
+    EXPECT_EQ(gtk_window_get_default_widget(GTK_WINDOW(dialog)), go);
     gtk_dialog_response(dialog, 0);
     EXPECT_THAT(chosen, ElementsAre("Go"));
 }
@@ -142,19 +145,22 @@ protected:
         EXPECT_EQ(gtk_file_chooser_get_select_multiple(GTK_FILE_CHOOSER(dialog)) != FALSE, several);
     }
 
+    bool isIn(const std::string &path) const
+    {
+        GFile *folder = gtk_file_chooser_get_current_folder(GTK_FILE_CHOOSER(dialog));
+        gchar *now = folder ? g_file_get_path(folder) : nullptr;
+        const bool there = now && path == now;
+        g_free(now);
+        g_clear_object(&folder);
+        return there;
+    }
+
     void choose(const std::string &path)
     {
         GFile *file = g_file_new_for_path(path.c_str());
         gtk_file_chooser_set_current_folder(GTK_FILE_CHOOSER(dialog), file, nullptr);
         g_object_unref(file);
-        ASSERT_TRUE(shows([&] {
-            GFile *folder = gtk_file_chooser_get_current_folder(GTK_FILE_CHOOSER(dialog));
-            gchar *now = folder ? g_file_get_path(folder) : nullptr;
-            const bool there = now && path == now;
-            g_free(now);
-            g_clear_object(&folder);
-            return there;
-        }));
+        ASSERT_TRUE(shows([&] { return isIn(path); }));
         gtk_dialog_response(dialog, GTK_RESPONSE_ACCEPT);
     }
 
@@ -170,6 +176,13 @@ TEST_F(Picker, HandsOverTheFolder)
     ASSERT_TRUE(shows([&] { return !picked->paths.empty(); }));
     EXPECT_THAT(picked->paths, ElementsAre(folder));
     EXPECT_EQ(picked->cancelled, 0);
+}
+
+TEST_F(Picker, BeginsInTheHomeFolder)
+{
+    present(false);
+    EXPECT_TRUE(shows([&] { return isIn(g_get_home_dir()); }));
+    gtk_dialog_response(dialog, GTK_RESPONSE_CANCEL);
 }
 
 TEST_F(Picker, SaysThatItWasCancelled)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tests/Platform/Interface/StartInterface.hpp"
 #include "Tests/Utilities/XServer.hpp"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,7 @@
 
 /// Gives a test program a display of its own, Xvfb, and GTK on it, so that it
 /// runs anywhere and disturbs nobody. The processes that a death test starts
-/// share their parent's.
+/// share their parent's, and start GTK themselves.
 class Display : public ::testing::Environment
 {
 public:
@@ -18,7 +19,3 @@ public:
 private:
     std::optional<test::XServer> server_;
 };
-
-/// Makes GTK ready for use without an application; done in every test but those
-/// that run in a process of their own.
-void startInterface();

@@ -16,10 +16,10 @@
 namespace test
 {
 
-/// Serves the main thread until `condition` holds, for 20 seconds at most.
+/// Serves the main thread until `condition` holds, for a minute at most.
 inline bool shows(const std::function<bool()> &condition)
 {
-    return RunLoop::main().runUntil(condition, 20);
+    return RunLoop::main().runUntil(condition, 60);
 }
 
 /// A controller whose view is an empty plain one, and that knows when it has been

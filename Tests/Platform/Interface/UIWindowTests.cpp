@@ -1,19 +1,18 @@
-#include "Platform/Foundation/RunLoop.hpp"
 #include "Platform/Interface/UIWindow.hpp"
 #include "Platform/Interface/Widget.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
+#include "Tests/Platform/Interface/ShownScreen.hpp"
 
 #include <gtkmm/window.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+using test::shows;
 using ::testing::ElementsAre;
 
 namespace
 {
-
-constexpr double patience = 20; // seconds
 
 std::shared_ptr<Recorder> makeController()
 {
@@ -23,9 +22,8 @@ std::shared_ptr<Recorder> makeController()
 
 bool waitForAppearance(const Recorder &controller)
 {
-    return RunLoop::main().runUntil(
-        [&] { return !controller.calls.empty() && controller.calls.back() == "viewDidAppear"; },
-        patience);
+    return shows(
+        [&] { return !controller.calls.empty() && controller.calls.back() == "viewDidAppear"; });
 }
 
 } // namespace
@@ -82,7 +80,7 @@ TEST_F(UIWindowTest, ShowsTheSameScreenAgainWhenItWasHidden)
     gtkWindow().set_visible(false);
     window->makeKeyAndVisible();
     const Gtk::Widget &page = controller->view()->widget().get();
-    EXPECT_TRUE(RunLoop::main().runUntil([&] { return page.get_mapped(); }, patience));
+    EXPECT_TRUE(shows([&] { return page.get_mapped(); }));
     window->setRootViewController(controller);
     EXPECT_TRUE(page.get_mapped());
 }
@@ -97,8 +95,7 @@ TEST_F(UIWindowTest, LetsGoOfTheFormerScreen)
         const std::weak_ptr formerController = controller;
         window->setRootViewController(nullptr);
         controller.reset();
-        return RunLoop::main().runUntil(
-            [&] { return view.expired() && formerController.expired(); }, patience);
+        return shows([&] { return view.expired() && formerController.expired(); });
     };
     EXPECT_TRUE(goes([] {}));
     EXPECT_TRUE(goes([&] {
@@ -116,6 +113,16 @@ TEST_F(UIWindowTest, LetsGoOfTheFormerScreen)
         window->makeKeyAndVisible();
     }));
     EXPECT_TRUE(goes([&] { gtkWindow().set_visible(false); }));
+    EXPECT_TRUE(goes([&] {
+        controller->present(makeController(), true);
+        gtkWindow().set_visible(false);
+        window->makeKeyAndVisible();
+    }));
+    EXPECT_TRUE(goes([&] {
+        controller->present(makeController(), false);
+        controller->dismiss(true);
+        gtkWindow().set_visible(false);
+    }));
 }
 
 TEST_F(UIWindowTest, CallsItsHandlerWhenItIsClosed)
@@ -124,7 +131,7 @@ TEST_F(UIWindowTest, CallsItsHandlerWhenItIsClosed)
     window->setCloseHandler([&] { ++closed; });
     showController();
     gtkWindow().close();
-    ASSERT_TRUE(RunLoop::main().runUntil([&] { return closed > 0; }, patience));
+    ASSERT_TRUE(shows([&] { return closed > 0; }));
     EXPECT_EQ(closed, 1);
 }
 

@@ -13,12 +13,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <set>
 #include <stdexcept>
@@ -179,6 +179,19 @@ GtkWidget *findShown(GtkWidget *widget, const std::string &text)
     return nullptr;
 }
 
+/// The widget inside `widget` with that class of the style sheet.
+GtkWidget *findOfClass(GtkWidget *widget, const char *name)
+{
+    if (gtk_widget_has_css_class(widget, name))
+        return widget;
+    for (auto *child = gtk_widget_get_first_child(widget); child;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (auto *found = findOfClass(child, name))
+            return found;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 class WKWebViewTest : public ::testing::Test
@@ -300,9 +313,12 @@ TEST_F(WKWebViewTest, CanGoWithAQuestionOpen)
 
 TEST_F(WKWebViewTest, OpensNoWindow)
 {
-    const std::string body = "<a style='position: fixed; inset: 0' target='_blank' "
-                             "href='/other'>Other</a>";
-    const HTTPServer server({{"/", {.body = page("Links", body)}}});
+    // It says when it has been drawn, and can be clicked.
+    const std::string body =
+        "<a style='position: fixed; inset: 0' target='_blank' href='/other'>Other</a>"
+        "<script>requestAnimationFrame(() => requestAnimationFrame(() => "
+        "document.title = 'Links'))</script>";
+    const HTTPServer server({{"/", {.body = page("Empty", body)}}});
     load(server.address("/"));
     ASSERT_TRUE(showsPage("Links"));
     // A window is for nobody but a person to ask for.
@@ -358,9 +374,10 @@ TEST_F(WKWebViewTest, RefusesASiteThatDoesNotProveItself)
 
 TEST_F(WKWebViewTest, SaysThatItIsLoadingWhenThatTakesLonger)
 {
-    const HTTPServer server({{"/", {.body = page("Slow"), .delay = std::chrono::seconds(2)}}});
+    HTTPServer server({{"/", {.body = page("Slow"), .isHeld = true}}});
     load(server.address("/"));
     EXPECT_TRUE(showsText("Loading…"));
+    server.release();
     EXPECT_TRUE(showsPage("Slow"));
     EXPECT_EQ(findShown(webView->widget().get().gobj(), "Loading…"), nullptr);
 }
@@ -372,9 +389,9 @@ TEST_F(WKWebViewTest, UncoversThePageThatMayNotBeLeft)
     load(server.address("/a"));
     ASSERT_TRUE(showsPage("A"));
     loadToTheEnd(server.address("/b.htm"));
-    const auto later = std::chrono::steady_clock::now() + std::chrono::milliseconds(600);
-    serveMainThreadUntil([&] { return std::chrono::steady_clock::now() > later; });
-    EXPECT_EQ(findShown(webView->widget().get().gobj(), "Loading…"), nullptr);
+    GtkWidget *cover = findOfClass(webView->widget().get().gobj(), "page-cover");
+    ASSERT_NE(cover, nullptr);
+    EXPECT_FALSE(gtk_widget_get_visible(cover));
 }
 
 TEST_F(WKWebViewTest, TellsOfAFileThatIsMissing)

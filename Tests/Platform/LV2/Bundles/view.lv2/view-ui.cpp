@@ -3,11 +3,13 @@
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <lv2/atom/atom.h>
+#include <lv2/data-access/data-access.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/options/options.h>
 #include <lv2/parameters/parameters.h>
 #include <lv2/ui/ui.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -43,6 +45,9 @@ public:
         gainPort_ = ports->port_index(ports->handle, "gain");
         questionPort_ = ports->port_index(ports->handle, "question");
         hasInstance_ = testplugin::feature<void>(features, LV2_INSTANCE_ACCESS_URI) != nullptr;
+        const auto *data =
+            testplugin::feature<LV2_Extension_Data_Feature>(features, LV2_DATA_ACCESS_URI);
+        saved_ = static_cast<const std::atomic<float> *>(data->data_access("urn:test:saved"));
         readOptions(features);
         report();
     }
@@ -80,6 +85,8 @@ public:
             else if (event.type == KeyPress)
                 setGain(7);
         }
+        if (*saved_ != toldSaved_)
+            report();
         return ++idles_ == 3 ? doUnusual() : 0;
     }
 
@@ -108,7 +115,7 @@ private:
         else if (kind_ == "asking")
             resize_->ui_resize(resize_->handle, 260, 140);
         else if (kind_ == "failing")
-            XMapWindow(display_, 1);
+            fail();
         else if (kind_ == "dying")
             std::abort();
         else if (kind_ == "hanging")
@@ -116,6 +123,14 @@ private:
                 ::pause();
         XFlush(display_);
         return kind_ == "closing" ? 1 : 0;
+    }
+
+    void fail()
+    {
+        XMapWindow(display_, 1);
+        XSync(display_, False);
+        hasFailed_ = true;
+        report();
     }
 
     void setGain(float gain)
@@ -136,10 +151,12 @@ private:
 
     void report()
     {
+        toldSaved_ = *saved_;
         const auto text = "gain=" + number(gain_) + " peak=" + number(peak_) +
                           " answer=" + answer_ + " scale=" + number(scale_) +
                           " rate=" + number(rate_) + " instance=" + (hasInstance_ ? "yes" : "no") +
-                          " hertz=" + number(sampleRate_);
+                          " hertz=" + number(sampleRate_) + " saved=" + number(toldSaved_) +
+                          " failed=" + (hasFailed_ ? "yes" : "no");
         XChangeProperty(display_, window_, XInternAtom(display_, "VIEW_REPORT", False), XA_STRING,
                         8, PropModeReplace, reinterpret_cast<const unsigned char *>(text.data()),
                         static_cast<int>(text.size()));
@@ -164,6 +181,9 @@ private:
     float rate_ = -1;
     float sampleRate_ = -1;
     bool hasInstance_ = false;
+    const std::atomic<float> *saved_ = nullptr;
+    float toldSaved_ = -1;
+    bool hasFailed_ = false;
     std::string answer_ = "none";
     int idles_ = 0;
 };

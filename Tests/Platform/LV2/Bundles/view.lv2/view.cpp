@@ -2,14 +2,17 @@
 
 #include <lv2/atom/atom.h>
 #include <lv2/atom/util.h>
+#include <lv2/state/state.h>
 
 #include <array>
+#include <atomic>
 #include <cmath>
 
 namespace
 {
 
-/// Amplifies, tells the peak, and answers each event with the same event.
+/// Amplifies, tells the peak, and answers each event with the same event. Its extension
+/// urn:test:saved is the gain that it had when its state was last asked for.
 class Viewed
 {
 public:
@@ -33,9 +36,22 @@ public:
         answer();
     }
 
-    static const void *extension(const char *) { return nullptr; }
+    static const void *extension(const char *uri)
+    {
+        static const LV2_State_Interface state{&Viewed::save, nullptr};
+        if (std::strcmp(uri, LV2_STATE__interface) == 0)
+            return &state;
+        return std::strcmp(uri, "urn:test:saved") == 0 ? &saved : nullptr;
+    }
 
 private:
+    static LV2_State_Status save(LV2_Handle handle, LV2_State_Store_Function, LV2_State_Handle,
+                                 std::uint32_t, const LV2_Feature *const *)
+    {
+        saved = *static_cast<float *>(static_cast<Viewed *>(handle)->ports_[0]);
+        return LV2_STATE_SUCCESS;
+    }
+
     void answer()
     {
         const auto *questions = static_cast<const LV2_Atom_Sequence *>(ports_[2]);
@@ -46,6 +62,8 @@ private:
         LV2_ATOM_SEQUENCE_FOREACH(questions, event)
         lv2_atom_sequence_append_event(answers, capacity, event);
     }
+
+    static inline std::atomic<float> saved = -1;
 
     LV2_URID sequence_;
     std::array<void *, 6> ports_{};
