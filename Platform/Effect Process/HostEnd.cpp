@@ -95,9 +95,6 @@ void HostEnd::post(const Block &block) noexcept
 
 std::uint32_t HostEnd::writeEvents(std::uint32_t frames) noexcept
 {
-    // Most blocks have none, and touch no memory for them.
-    if (!midi_.input.isWaiting())
-        return 0;
     inputEvents_.clear();
     midi_.input.drainInto(inputEvents_, frames);
     LinkEventWriter writer(memory_.inputEvents());

@@ -57,15 +57,10 @@ std::size_t LinkMemory::channelStride() const
     return (shape_.maximumFrames * sizeof(float) + alignment - 1) / alignment * alignment;
 }
 
-std::size_t LinkMemory::eventsOffset() const
-{
-    const std::size_t count = std::size_t{shape_.inputs} + shape_.outputs;
-    return sizeof(LinkHeader) + count * channelStride();
-}
-
 std::size_t LinkMemory::size() const
 {
-    return eventsOffset() + 2 * eventCapacity;
+    const std::size_t count = std::size_t{shape_.inputs} + shape_.outputs;
+    return eventsOffset() + 2 * eventCapacity + count * channelStride();
 }
 
 void LinkMemory::map()
@@ -76,7 +71,7 @@ void LinkMemory::map()
     if (address == MAP_FAILED)
         fail("The memory shared by host and effect cannot be mapped");
     mapping_ = {static_cast<std::byte *>(address), Unmap{size()}};
-    std::byte *channel = base() + sizeof(LinkHeader);
+    std::byte *channel = base() + eventsOffset() + 2 * eventCapacity;
     for (std::uint32_t i = 0; i < shape_.inputs + shape_.outputs; ++i) {
         channels_.push_back(reinterpret_cast<float *>(channel));
         channel += channelStride();

@@ -68,9 +68,12 @@ public:
     /// The words by which both sides tell each other what is ready.
     LinkHeader &header() const { return *reinterpret_cast<LinkHeader *>(base()); }
     /// Room for the MIDI of a block to the effect.
-    std::span<std::byte> inputEvents() const { return {events(), eventCapacity}; }
+    std::span<std::byte> inputEvents() const { return {base() + eventsOffset(), eventCapacity}; }
     /// Room for the MIDI of a block from the effect.
-    std::span<std::byte> outputEvents() const { return {events() + eventCapacity, eventCapacity}; }
+    std::span<std::byte> outputEvents() const
+    {
+        return {base() + eventsOffset() + eventCapacity, eventCapacity};
+    }
     /// One pointer a channel.
     ///@{
     /// One pointer a channel.
@@ -84,13 +87,10 @@ private:
         void operator()(std::byte *address) const noexcept;
     };
 
-    // Behind the header come the channels: each block touches both, and as few pages
-    // as can be. Most have no events.
+    static std::size_t eventsOffset() { return sizeof(LinkHeader); }
     std::size_t channelStride() const;
-    std::size_t eventsOffset() const;
     std::size_t size() const;
     std::byte *base() const { return mapping_.get(); }
-    std::byte *events() const { return base() + eventsOffset(); }
     void map();
 
     LinkShape shape_;

@@ -40,7 +40,7 @@ private:
     // The clock is read after so many looks.
     static constexpr int looksPerGlance = 8;
     // How many waits are skipped before spinning is tried again.
-    static constexpr int skipped = 256;
+    static constexpr int skipped = 64;
     // The score moves by one part in so many.
     static constexpr int memory = 8;
     static constexpr int fullScore = 1024;

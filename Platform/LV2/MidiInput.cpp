@@ -76,7 +76,7 @@ std::size_t MidiInput::gatherReady(Order &order) noexcept
 
 void MidiInput::drainInto(EventBuffer &events, std::uint32_t blockFrames) noexcept
 {
-    if (!isWaiting() || blockFrames == 0)
+    if (waiting_.load(std::memory_order_acquire) == 0 || blockFrames == 0)
         return;
     Order order;
     const std::size_t count = gatherReady(order);

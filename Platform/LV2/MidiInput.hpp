@@ -33,12 +33,6 @@ public:
     /// Any thread.
     REALTIME bool push(std::uint32_t frame, std::span<const std::uint8_t> message) noexcept;
 
-    /// Whether `drainInto` has anything to move.
-    REALTIME bool isWaiting() const noexcept
-    {
-        return waiting_.load(std::memory_order_acquire) != 0;
-    }
-
     /// Moves what waits into the block's events, ordered by frame and then by
     /// arrival; frames past the block are brought to its last. What finds no room
     /// leads the next block. One thread at a time.

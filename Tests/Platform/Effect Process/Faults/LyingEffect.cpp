@@ -328,7 +328,8 @@ const std::map<std::string, std::function<void(LinkMemory &)>> liesInMemory{
 void overwrite(LinkMemory &memory)
 {
     auto *const begin = reinterpret_cast<std::byte *>(&memory.header());
-    const auto *const end = memory.outputEvents().data() + memory.outputEvents().size();
+    const auto *const end =
+        reinterpret_cast<std::byte *>(memory.outputs()[1] + memory.shape().maximumFrames);
     std::fill(begin, const_cast<std::byte *>(end), std::byte{0xA5});
 }
 

@@ -56,7 +56,7 @@ TEST(SpinBudget, IsGivenUpWhereItDoesNotPayAndTriedAgainFromTimeToTime)
     for (int i = 0; i < 20; ++i)
         looksAtNothing(budget);
     int spins = 0;
-    for (int i = 0; i < 2560; ++i)
+    for (int i = 0; i < 640; ++i)
         if (looksAtNothing(budget) > 1)
             ++spins;
     EXPECT_EQ(spins, 10);
@@ -72,8 +72,8 @@ TEST(SpinBudget, IsTakenUpAgainWhereItPays)
         return poor.spin([&] { return ++looks > 1; });
     };
     int successes = 0;
-    for (int i = 0; i < 256 * 20; ++i)
+    for (int i = 0; i < 64 * 20; ++i)
         if (isSpunFor())
             ++successes;
-    EXPECT_GT(successes, 256 * 10);
+    EXPECT_GT(successes, 64 * 10);
 }
