@@ -1,11 +1,10 @@
 // A minute of stereo AAC through AVAudioFile, beside a bare loop on libavcodec.
 
+#include "Benchmarks/Engine/BareDecoder.hpp"
 #include "Platform/Audio/AVAudioFile.hpp"
-#include "Platform/Audio/FFmpegHandles.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -13,11 +12,6 @@
 
 namespace
 {
-
-using platform::audio::Decoder;
-using platform::audio::Demuxer;
-using platform::audio::Frame;
-using platform::audio::Packet;
 
 constexpr std::uint32_t framesAtOnce = 4'096;
 
@@ -59,45 +53,11 @@ const std::string &loop()
     return file.path();
 }
 
-/// Opens, decodes and copies to planar samples with nothing else around it.
-std::int64_t decodeBarely(const std::string &path, std::vector<std::vector<float>> &channels)
-{
-    AVFormatContext *opened = nullptr;
-    if (avformat_open_input(&opened, path.c_str(), nullptr, nullptr) < 0)
-        std::abort();
-    const Demuxer demuxer(opened);
-    const AVStream *stream = opened->streams[0];
-    const Decoder decoder(avcodec_alloc_context3(avcodec_find_decoder(stream->codecpar->codec_id)));
-    avcodec_parameters_to_context(decoder.get(), stream->codecpar);
-    decoder->thread_count = 1;
-    if (avcodec_open2(decoder.get(), nullptr, nullptr) < 0)
-        std::abort();
-    const Packet packet(av_packet_alloc());
-    const Frame frame(av_frame_alloc());
-    std::int64_t frames = 0;
-    bool more = true;
-    while (more) {
-        more = av_read_frame(opened, packet.get()) >= 0;
-        avcodec_send_packet(decoder.get(), more ? packet.get() : nullptr);
-        av_packet_unref(packet.get());
-        while (avcodec_receive_frame(decoder.get(), frame.get()) >= 0) {
-            const int count = frame->nb_samples;
-            for (std::size_t channel = 0; channel < channels.size(); ++channel) {
-                const auto *from = reinterpret_cast<const float *>(frame->extended_data[channel]);
-                std::copy_n(from, count, channels[channel].data());
-            }
-            benchmark::ClobberMemory();
-            frames += count;
-        }
-    }
-    return frames;
-}
-
 void decodeMinuteBarely(benchmark::State &state)
 {
-    std::vector<std::vector<float>> channels(2, std::vector<float>(framesAtOnce));
+    Channels channels(2, std::vector<float>(framesAtOnce));
     for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(decodeBarely(minute(), channels));
+        decodeBarely(minute(), channels, [](std::size_t) { benchmark::ClobberMemory(); });
 }
 BENCHMARK(decodeMinuteBarely)->Unit(benchmark::kMillisecond);
 

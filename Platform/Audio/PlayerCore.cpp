@@ -5,6 +5,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
+#include "Platform/Foundation/ThreadPriority.hpp"
 
 #include <algorithm>
 #include <chrono>
@@ -224,6 +225,8 @@ void PlayerCore::changed()
 
 void PlayerCore::runFeeder()
 {
+    // With other work on all processors it would come too late for the ring.
+    foundation::claimPromptness();
     Lock lock(mutex_);
     while (!ends_ || !dropped_.empty()) {
         if (!dropped_.empty())

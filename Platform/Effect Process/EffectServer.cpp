@@ -1,6 +1,7 @@
 #include "Platform/Effect Process/EffectServer.hpp"
 
 #include "Platform/Foundation/PlatformError.hpp"
+#include "Platform/Foundation/Print.hpp"
 
 #include <algorithm>
 #include <array>
@@ -216,7 +217,11 @@ void EffectServer::checkWork()
 void EffectServer::sendSettings()
 {
     settingsAreDue_.reset();
-    send(MessageKind::settings, 0, MessageWriter::message(hosted().save()));
+    const auto body = MessageWriter::message(hosted().save());
+    if (body.size() > MessageSocket::longestBody(MessageKind::settings))
+        printError(hosted().plugin().name() + ": its settings are too large to be kept");
+    else
+        send(MessageKind::settings, 0, body);
 }
 
 void EffectServer::sendSettingsWhenDue(bool haveChanged)

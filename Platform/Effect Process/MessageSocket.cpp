@@ -45,7 +45,7 @@ MessageSocket::MessageSocket(FileDescriptor socket) : socket_(std::move(socket))
 bool MessageSocket::send(MessageKind kind, std::uint64_t number, std::span<const std::byte> body,
                          int descriptor, Clock::time_point deadline)
 {
-    if (body.size() > longestMessage)
+    if (body.size() > longestBody(kind))
         return false;
     const Head head{static_cast<std::uint32_t>(body.size()), kind, number,
                     descriptor < 0 ? 0U : 1U};
@@ -146,7 +146,7 @@ void MessageSocket::takeApart()
     Head head{};
     while (incoming_.size() - used >= sizeof head) {
         std::memcpy(&head, incoming_.data() + used, sizeof head);
-        if (head.size > longestMessage)
+        if (head.size > longestBody(head.kind))
             throw ProtocolBreach("a message is too long");
         if (incoming_.size() - used - sizeof head < head.size)
             break;
@@ -163,6 +163,9 @@ void MessageSocket::takeApart()
         used += sizeof head + head.size;
     }
     incoming_.erase(incoming_.begin(), incoming_.begin() + static_cast<std::ptrdiff_t>(used));
+    // What one long message took is not kept for ever.
+    if (incoming_.empty() && incoming_.capacity() > 2 * readSize)
+        incoming_.shrink_to_fit();
     // One comes with the first byte of its message.
     if (incoming_.empty() && !descriptors_.empty())
         throw ProtocolBreach("it sends file descriptors that nobody asked for");

@@ -34,8 +34,20 @@ public:
     /// Deadlines are points of time that never jumps.
     using Clock = std::chrono::steady_clock;
 
-    /// The longest message that is taken: more than any effect's settings.
-    static constexpr std::size_t longestMessage = std::size_t{256} << 20U;
+    /// The longest body that a message about that is sent or taken with: what a hostile
+    /// effect may cost its host. Settings may hold sounds.
+    static constexpr std::size_t longestBody(MessageKind kind)
+    {
+        constexpr std::size_t mebibyte = 1048576;
+        switch (kind) {
+        case MessageKind::settings:
+            return 16 * mebibyte;
+        case MessageKind::instantiate: // with those settings
+            return 20 * mebibyte;
+        default:
+            return 4 * mebibyte;
+        }
+    }
 
     /// Both ends of a new connection; the second is to be handed on. A
     /// `PlatformError` when there is none to be had.
@@ -50,7 +62,8 @@ public:
     int descriptor() const { return socket_.get(); }
 
     /// Sends a message, with a copy of the file descriptor unless it is -1. Answers
-    /// false when the other end has gone or does not take it before `deadline`.
+    /// false when it is too long, the other end has gone or does not take it before
+    /// `deadline`.
     /// Any thread; waits.
     bool send(MessageKind kind, std::uint64_t number, std::span<const std::byte> body,
               int descriptor, Clock::time_point deadline);

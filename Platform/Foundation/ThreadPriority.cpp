@@ -14,6 +14,9 @@ thread_local ThreadPriority learnt = 0;
 // Sound servers and their data threads take 80 to 90.
 constexpr int clientPriority = 70;
 
+// What desktops give their sound servers' helpers.
+constexpr int promptNiceness = -11;
+
 bool runAt(int priority) noexcept
 {
     sched_param parameters{};
@@ -42,6 +45,20 @@ void claimRealtimePriority() noexcept
     if (::getrlimit(RLIMIT_RTPRIO, &limit) == 0 && limit.rlim_cur > 0 &&
         limit.rlim_cur < rlim_t{clientPriority})
         runAt(static_cast<int>(limit.rlim_cur));
+}
+
+void claimPromptness() noexcept
+{
+    const sched_param parameters{};
+    if (::sched_getscheduler(0) != SCHED_OTHER ||
+        ::sched_setscheduler(0, SCHED_OTHER | SCHED_RESET_ON_FORK, &parameters) != 0)
+        return;
+    if (::setpriority(PRIO_PROCESS, 0, promptNiceness) == 0)
+        return;
+    // The limit counts from 20 downwards.
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NICE, &limit) == 0 && limit.rlim_cur > 20 && limit.rlim_cur <= 40)
+        ::setpriority(PRIO_PROCESS, 0, 20 - static_cast<int>(limit.rlim_cur));
 }
 
 ThreadPriority threadPriority() noexcept

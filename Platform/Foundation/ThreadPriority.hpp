@@ -20,6 +20,11 @@ void learnThreadPriority() noexcept;
 /// library has not seen to it. Below what sound servers run at.
 void claimRealtimePriority() noexcept;
 
+/// Has the calling thread run sooner than the work beside it, if it may: for one that
+/// prepares what a real-time thread takes. Threads that it starts do not inherit it. It
+/// has to share the processor still, since it may run what others have written.
+void claimPromptness() noexcept;
+
 /// What the calling thread learnt last; does not ask the kernel.
 REALTIME ThreadPriority threadPriority() noexcept;
 

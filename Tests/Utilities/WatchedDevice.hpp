@@ -1,17 +1,17 @@
 #pragma once
 
-#include "Platform/Audio/OutputDevice.hpp"
+#include "Tests/Utilities/ThreadDevice.hpp"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
-#include <thread>
 
 namespace test
 {
 
 /// A device whose every block runs under the real-time probe, on a thread of its own:
 /// 256 frames of 48 kHz stereo, somewhat faster than real time.
-class WatchedDevice : public platform::audio::OutputDevice
+class WatchedDevice : public ThreadDevice
 {
 public:
     struct Findings {
@@ -23,20 +23,18 @@ public:
     };
 
     /// `findings` outlive the device.
-    explicit WatchedDevice(Findings &findings) : findings_(findings) {}
-    ~WatchedDevice() override;
-
-    Obtained open(const AVAudioFormat &wanted) override;
-    void run(Source &source) override;
-    void close() override;
-    bool isAlive() const override { return true; }
+    explicit WatchedDevice(Findings &findings) : ThreadDevice(framesPerBlock), findings_(findings)
+    {
+    }
+    ~WatchedDevice() override { ThreadDevice::close(); }
 
 private:
-    void play(Source &source);
+    static constexpr std::uint32_t framesPerBlock = 256;
+
+    void turn(Source &source) override;
 
     Findings &findings_;
-    std::atomic<bool> runs_{false};
-    std::thread thread_;
+    std::array<float, std::size_t{2} * framesPerBlock> block_{};
 };
 
 } // namespace test

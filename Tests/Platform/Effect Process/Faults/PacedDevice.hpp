@@ -1,22 +1,21 @@
 #pragma once
 
-#include "Platform/Audio/OutputDevice.hpp"
+#include "Tests/Utilities/ThreadDevice.hpp"
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <thread>
-#include <vector>
+#include <utility>
 
 /// An output at the pace of a real one, which tells what it heard and how long it was
 /// kept waiting.
-class PacedDevice : public platform::audio::OutputDevice
+class PacedDevice : public test::ThreadDevice
 {
 public:
     static constexpr std::uint32_t framesPerBlock = 64;
-    static constexpr double sampleRate = 48000.0;
 
     /// Interleaved samples of two channels.
     using Take = std::function<void(const float *samples, std::uint32_t frames)>;
@@ -34,19 +33,21 @@ public:
         Take take;
     };
 
-    explicit PacedDevice(std::shared_ptr<Report> report) : report_(std::move(report)) {}
-    ~PacedDevice() override { PacedDevice::close(); }
+    explicit PacedDevice(std::shared_ptr<Report> report)
+        : ThreadDevice(framesPerBlock), report_(std::move(report))
+    {
+    }
+    ~PacedDevice() override { ThreadDevice::close(); }
 
-    Obtained open(const AVAudioFormat &wanted) override;
     void run(Source &source) override;
-    void close() override;
-    bool isAlive() const override { return true; }
 
 private:
-    void play(Source &source);
-    void playBlock(Source &source, std::vector<float> &samples);
+    using Clock = std::chrono::steady_clock;
+
+    void turn(Source &source) override;
+    void playBlock(Source &source);
 
     const std::shared_ptr<Report> report_;
-    std::atomic<bool> runs_{false};
-    std::thread thread_;
+    std::array<float, std::size_t{2} * framesPerBlock> samples_{};
+    Clock::time_point due_;
 };

@@ -82,7 +82,7 @@ TEST_F(MessageSockets, BringMessagesAcrossInOrder)
 TEST_F(MessageSockets, BringMessagesAcrossThatAreLongerThanTheSystemHolds)
 {
     const auto body = bytes(std::size_t{8} << 20U);
-    std::thread sender([&] { EXPECT_TRUE(left.send(MessageKind::answer, 1, body, -1, soon())); });
+    std::thread sender([&] { EXPECT_TRUE(left.send(MessageKind::settings, 1, body, -1, soon())); });
     EXPECT_EQ(next().body, body);
     sender.join();
 }
@@ -114,7 +114,7 @@ TEST_F(MessageSockets, TellWhenTheOtherEndHasGone)
 TEST_F(MessageSockets, GiveUpOnAReaderThatDoesNotRead)
 {
     const auto begun = Clock::now();
-    EXPECT_FALSE(left.send(MessageKind::answer, 1, bytes(std::size_t{8} << 20U), -1,
+    EXPECT_FALSE(left.send(MessageKind::settings, 1, bytes(std::size_t{8} << 20U), -1,
                            begun + std::chrono::milliseconds(50)));
     EXPECT_GE(Clock::now() - begun, std::chrono::milliseconds(50));
     EXPECT_LT(Clock::now() - begun, std::chrono::seconds(10));
@@ -122,14 +122,28 @@ TEST_F(MessageSockets, GiveUpOnAReaderThatDoesNotRead)
 
 TEST_F(MessageSockets, RefuseMessagesThatAreTooLong)
 {
-    const struct {
-        std::uint32_t size = 0xFFFFFFFF;
-        std::uint32_t kind = 0;
-        std::uint64_t number = 0;
-        std::uint64_t hasDescriptor = 0;
-    } head;
-    ASSERT_EQ(::send(left.descriptor(), &head, sizeof head, 0), ssize_t{sizeof head});
+    const auto claim = [this](MessageKind kind, std::size_t size) {
+        const struct {
+            std::uint32_t size;
+            MessageKind kind;
+            std::uint64_t number = 0;
+            std::uint64_t hasDescriptor = 0;
+        } head{static_cast<std::uint32_t>(size), kind};
+        ASSERT_EQ(::send(left.descriptor(), &head, sizeof head, 0), ssize_t{sizeof head});
+    };
+    claim(MessageKind::viewLives, MessageSocket::longestBody(MessageKind::viewLives) + 1);
     EXPECT_THROW(next(), ProtocolBreach);
+}
+
+TEST_F(MessageSockets, TakeLongerMessagesThatHoldSettings)
+{
+    const auto longest = MessageSocket::longestBody(MessageKind::settings);
+    EXPECT_GT(longest, MessageSocket::longestBody(MessageKind::answer));
+    const auto body = bytes(longest);
+    std::thread sender([&] { EXPECT_TRUE(left.send(MessageKind::settings, 1, body, -1, soon())); });
+    EXPECT_EQ(next().body, body);
+    sender.join();
+    EXPECT_FALSE(left.send(MessageKind::settings, 1, bytes(longest + 1), -1, soon()));
 }
 
 TEST_F(MessageSockets, RefuseMessagesWhoseFileDescriptorIsMissing)
