@@ -6,8 +6,6 @@
 #include "Platform/Interface/Widget.hpp"
 
 #include <gio/gio.h>
-#include <giomm/file.h>
-#include <glibmm/miscutils.h>
 #include <gtkmm/filechoosernative.h>
 
 #include <memory>
@@ -23,8 +21,6 @@ public:
                                                   "_Choose", "_Cancel"))
     {
         chooser_->set_modal(true);
-        // Not among what was used last, where there may be nothing.
-        chooser_->set_current_folder(Gio::File::create_for_path(Glib::get_home_dir()));
         chooser_->set_select_multiple(several);
     }
 

@@ -178,13 +178,6 @@ TEST_F(Picker, HandsOverTheFolder)
     EXPECT_EQ(picked->cancelled, 0);
 }
 
-TEST_F(Picker, BeginsInTheHomeFolder)
-{
-    present(false);
-    EXPECT_TRUE(shows([&] { return isIn(g_get_home_dir()); }));
-    gtk_dialog_response(dialog, GTK_RESPONSE_CANCEL);
-}
-
 TEST_F(Picker, SaysThatItWasCancelled)
 {
     present(true);
