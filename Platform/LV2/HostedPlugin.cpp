@@ -23,9 +23,9 @@ HostedPlugin::HostedPlugin(const std::string &uri, const std::vector<std::string
 Instance &HostedPlugin::instance()
 {
     if (!instance_)
-        throw PlatformError(fmt::format(
-            "{} refuses to be made again, and is not there until it is prepared anew.",
-            plugin_->name()));
+        throw PlatformError(
+            fmt::format("{} refuses to be made again, and is not there until it is prepared anew.",
+                        plugin_->name()));
     return *instance_;
 }
 
