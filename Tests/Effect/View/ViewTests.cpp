@@ -196,12 +196,18 @@ TEST_F(ViewTest, WritesWhileAKnobIsDragged)
     host->moveTo(x, y);
     host->button(1, true);
     ASSERT_TRUE(idleUntilSaid("hold 8"));
+    const auto before = pictureOf(layout::controls[depth]);
+    const auto isDrawnAnew = [&](const auto &former) {
+        return host->idleUntil([&] { return pictureOf(layout::controls[depth]) != former; });
+    };
     host->moveTo(x, y + 50);
     ASSERT_TRUE(idleUntilSaid("8 = 0.5"));
+    ASSERT_TRUE(isDrawnAnew(before));
+    host->settle();
     const auto held = pictureOf(layout::controls[depth]);
     host->moveTo(x, y - 700 < 0 ? 0 : y - 700);
     ASSERT_TRUE(idleUntilSaid("8 = 1"));
-    EXPECT_NE(pictureOf(layout::controls[depth]), held);
+    EXPECT_TRUE(isDrawnAnew(held));
     host->button(1, false);
     ASSERT_TRUE(idleUntilSaid("let go 8"));
     EXPECT_EQ(host->said.back(), "let go 8");

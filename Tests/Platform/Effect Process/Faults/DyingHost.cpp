@@ -1,6 +1,6 @@
 // A host that ends in the way its first argument names, with an effect that its second
 // one names: the process that holds it must go along. Prints the process' number once
-// the effect renders.
+// the effect renders, and goes on when its input ends.
 
 #include "Bundle/SabotageFolder.hpp"
 
@@ -12,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
@@ -124,5 +125,7 @@ int main(int count, char **arguments)
         std::this_thread::sleep_for(milliseconds(2));
     }
     print(std::to_string(effect.processIdentifier()));
+    while (std::getchar() != EOF)
+        continue;
     end(arguments[1], effect);
 }

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <thread>
 #include <tuple>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -57,11 +58,14 @@ public:
     DyingHost(std::string way, std::string plugin)
     {
         std::string program = DYING_HOST_PROGRAM;
-        std::array<int, 2> ends{};
-        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        std::array<int, 2> toHost{};
+        std::array<int, 2> fromHost{};
+        EXPECT_EQ(::pipe2(toHost.data(), O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(fromHost.data(), O_CLOEXEC), 0);
         posix_spawn_file_actions_t actions;
         ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        ::posix_spawn_file_actions_adddup2(&actions, toHost[0], STDIN_FILENO);
+        ::posix_spawn_file_actions_adddup2(&actions, fromHost[1], STDOUT_FILENO);
         posix_spawnattr_t attributes;
         ::posix_spawnattr_init(&attributes);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
@@ -71,11 +75,14 @@ public:
                   0);
         ::posix_spawnattr_destroy(&attributes);
         ::posix_spawn_file_actions_destroy(&actions);
-        ::close(ends[1]);
-        output_ = ends[0];
+        ::close(toHost[0]);
+        ::close(fromHost[1]);
+        input_ = toHost[1];
+        output_ = fromHost[0];
     }
     ~DyingHost()
     {
+        goOn();
         ::close(output_);
         if (process_ > 0)
             wait();
@@ -101,7 +108,14 @@ public:
         return text.empty() ? -1 : std::stoi(text);
     }
 
-    /// Ends it, unless it has ended, and answers with its status.
+    /// Its effect is watched: it may die.
+    void goOn()
+    {
+        if (input_ >= 0)
+            ::close(std::exchange(input_, -1));
+    }
+
+    /// Its status, once it has ended.
     int wait()
     {
         int status = 0;
@@ -112,6 +126,7 @@ public:
 
 private:
     pid_t process_ = -1;
+    int input_ = -1;
     int output_ = -1;
 };
 
@@ -132,6 +147,7 @@ TEST_P(HostDeathTest, TheEffectGoesWithItsHost)
     DyingHost host(way, plugin);
     const Watched effect(host.effect());
     ASSERT_TRUE(effect.isThere());
+    host.goOn();
     EXPECT_EQ(sabotage.faults().size(), std::string(plugin).ends_with("loop") ? 1U : 0U);
     if (std::string(way) == "killed")
         sendSignal(host.identifier(), SIGKILL);
@@ -159,6 +175,7 @@ TEST_F(EffectIsolationTest, InterruptingTheHostFromTheKeyboardLeavesTheEffectAlo
     DyingHost host("interrupt", uri("never", "none"));
     const Watched effect(host.effect());
     ASSERT_TRUE(effect.isThere());
+    host.goOn();
     // Ctrl+C goes to the whole group of the host's process.
     sendSignal(host.identifier(), SIGINT, true);
     EXPECT_EQ(host.wait(), 0);
@@ -176,6 +193,7 @@ TEST_P(HostStopTest, IsNoReproachToTheEffect)
     DyingHost host("ask", uri("never", "none"));
     const Watched effect(host.effect());
     ASSERT_TRUE(effect.isThere());
+    host.goOn();
     // Not to answer before the host is stopped.
     sendSignal(effect.identifier(), SIGSTOP);
     sendSignal(host.identifier(), SIGINT);
@@ -202,6 +220,8 @@ TEST_F(EffectIsolationTest, QuittingLeavesNoFilesOfTheEffect)
 {
     DyingHost host("quick_exit_with_files", uri("never", "none"));
     const Watched effect(host.effect());
+    ASSERT_TRUE(effect.isThere());
+    host.goOn();
     EXPECT_EQ(host.wait(), 0);
     EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
     EXPECT_TRUE(std::filesystem::is_empty(scratch.path()));
@@ -212,6 +232,8 @@ TEST_F(EffectIsolationTest, TheNextHostRemovesTheFilesOfOneThatCouldNot)
     {
         DyingHost host("_exit_with_files", uri("never", "none"));
         const Watched effect(host.effect());
+        ASSERT_TRUE(effect.isThere());
+        host.goOn();
         EXPECT_EQ(host.wait(), 0);
         EXPECT_TRUE(effect.endsWithin(std::chrono::seconds(10)));
     }
