@@ -100,7 +100,7 @@ TEST_P(OverrunningEffect, HarmsNothingAndIsToldOfWhereBoundsAreChecked)
     if (!platform::lv2::boundsAreChecked)
         GTEST_SKIP() << "bounds are not checked in this build";
     const ErrorLines errors;
-    const auto overrunning = unit(GetParam(), "overrun");
+    const auto overrunning = unit(GetParam(), "urn:test:rude:overrun");
     PlayingHost host(overrunning, test::constant(2, 4800, 0.25F));
     const std::string line = "Test Overrun: writes beyond its block";
     ASSERT_TRUE(errors.waitFor(line));
