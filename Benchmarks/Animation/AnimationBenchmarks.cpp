@@ -1,16 +1,21 @@
 // One step of the kit beside its peers on the same work, and what stack and sequencer
-// add to it. Times are those of a whole pass over all objects, which everyone holds in
+// add to it. Times are those of whole passes over all objects, which everyone holds in
 // the same way: by shared pointers, each in one allocation, in the order of creation.
+// Who is compared takes turns within milliseconds: whoever shares the machine's cache
+// and memory slows each alike.
 #include "Animation/Animator.hpp"
 #include "Benchmarks/Animation/PlainCurves.hpp"
+#include "Benchmarks/Report/Report.hpp"
 
 #include <benchmark/benchmark.h>
 
 #include <QEasingCurve>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <random>
 #include <string>
@@ -60,20 +65,17 @@ public:
     Animators(const Animators &) = delete;
     Animators &operator=(const Animators &) = delete;
 
+    void step() const
+    {
+        for (const auto &animator : all)
+            animator->animate();
+    }
+
     std::vector<std::shared_ptr<Animator>> all;
 
 private:
     std::vector<float> values_;
 };
-
-void stepAnimators(benchmark::State &state, EnumEasing type)
-{
-    const Animators animators(state.range(0), type);
-    for (auto _ : state) {
-        for (const auto &animator : animators.all)
-            animator->animate();
-    }
-}
 
 /// Moves a value along a curve that is called by its address, and no more.
 struct Run {
@@ -98,25 +100,7 @@ struct LargeRun : Run {
 };
 static_assert(sizeof(LargeRun) == sizeof(Animator));
 
-template <typename Record>
-void stepRecords(benchmark::State &state, plain::Curve curve)
-{
-    std::vector<std::shared_ptr<Record>> records;
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
-        records.push_back(std::make_shared<Record>());
-        records.back()->curve = curve;
-    }
-    for (auto _ : state) {
-        for (const auto &record : records) {
-            record->animate();
-            benchmark::DoNotOptimize(record->value);
-        }
-    }
-}
-
 struct QtRun {
-    explicit QtRun(QEasingCurve::Type type) : curve(type) {}
-
     void animate()
     {
         value = start + amount * static_cast<float>(curve.valueForProgress(step / length));
@@ -132,17 +116,94 @@ struct QtRun {
     float value = source;
 };
 
-void stepQt(benchmark::State &state, QEasingCurve::Type type)
+/// A peer's objects.
+template <typename Record>
+class Records
 {
-    std::vector<std::shared_ptr<QtRun>> runs;
-    for (std::int64_t i = 0; i < state.range(0); ++i)
-        runs.push_back(std::make_shared<QtRun>(type));
-    for (auto _ : state) {
-        for (const auto &run : runs) {
-            run->animate();
-            benchmark::DoNotOptimize(run->value);
+public:
+    template <typename Curve>
+    Records(std::int64_t count, Curve curve)
+    {
+        for (std::int64_t i = 0; i < count; ++i) {
+            all_.push_back(std::make_shared<Record>());
+            all_.back()->curve = curve;
         }
     }
+
+    void step() const
+    {
+        for (const auto &record : all_) {
+            record->animate();
+            benchmark::DoNotOptimize(record->value);
+        }
+    }
+
+private:
+    std::vector<std::shared_ptr<Record>> all_;
+};
+
+/// What the thread has computed so far, in nanoseconds.
+double processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
+}
+
+/// Nanoseconds a step of one object, from turns that others' turns come between.
+class Turns
+{
+public:
+    explicit Turns(std::int64_t objects)
+        : passes_(std::max<std::int64_t>(1, leastSteps / objects)),
+          steps_(static_cast<double>(passes_ * objects))
+    {
+    }
+
+    /// One turn. What it needs is in the caches as far as it fits there: nobody begins
+    /// with what the one before has left.
+    template <typename Objects>
+    void take(const Objects &objects)
+    {
+        objects.step();
+        const double start = processorTime();
+        for (std::int64_t pass = 0; pass < passes_; ++pass)
+            objects.step();
+        times_.push_back((processorTime() - start) / steps_);
+    }
+
+    double middle() const { return median(times_); }
+    double ratioTo(const Turns &peer) const { return median(ratios(times_, peer.times_)); }
+
+private:
+    static constexpr std::int64_t leastSteps = 20'000;
+
+    std::int64_t passes_;
+    double steps_;
+    std::vector<double> times_;
+};
+
+/// The kit, function pointers in such records, and Qt.
+template <typename Record>
+void step(benchmark::State &state, EnumEasing type, plain::Curve curve, QEasingCurve::Type qt)
+{
+    const std::int64_t count = state.range(0);
+    const Animators animators(count, type);
+    const Records<Record> records(count, curve);
+    const Records<QtRun> runs(count, qt);
+    Turns kit(count);
+    Turns pointer(count);
+    Turns library(count);
+    for (auto _ : state) {
+        kit.take(animators);
+        pointer.take(records);
+        library.take(runs);
+    }
+    state.counters["kit"] = kit.middle();
+    state.counters["pointer"] = pointer.middle();
+    state.counters["qt"] = library.middle();
+    state.counters["kit/pointer"] = kit.ratioTo(pointer);
+    state.counters["kit/qt"] = kit.ratioTo(library);
 }
 
 void tickStack(benchmark::State &state)
@@ -226,16 +287,14 @@ void tickSequencer(benchmark::State &state)
 void registerSteps(const std::string &name, EnumEasing type, plain::Curve curve,
                    QEasingCurve::Type qt)
 {
-    const auto sizes = [](benchmark::internal::Benchmark *benchmark) {
-        benchmark->Arg(1)->Arg(1000)->Arg(100'000);
-    };
-    benchmark::RegisterBenchmark(("kit/" + name).c_str(), stepAnimators, type)->Apply(sizes);
-    benchmark::RegisterBenchmark(("pointer/" + name).c_str(), stepRecords<Run>, curve)
+    constexpr int turns = 15;
+    benchmark::RegisterBenchmark(("step/" + name).c_str(), step<Run>, type, curve, qt)
         ->Arg(1)
-        ->Arg(1000);
-    benchmark::RegisterBenchmark(("large/" + name).c_str(), stepRecords<LargeRun>, curve)
-        ->Arg(100'000);
-    benchmark::RegisterBenchmark(("qt/" + name).c_str(), stepQt, qt)->Apply(sizes);
+        ->Arg(1000)
+        ->Iterations(turns);
+    benchmark::RegisterBenchmark(("step/" + name).c_str(), step<LargeRun>, type, curve, qt)
+        ->Arg(100'000)
+        ->Iterations(turns);
 }
 
 void registerAll()
