@@ -1,6 +1,8 @@
 // How late timers of 5 ms and 9 ms tick, in the kit, in Qt, in GLib and in a bare loop
 // over what the kernel has, while the machine is idle and while every core is busy:
 // timer_lateness [SECONDS [ROUNDS [idle|busy]]]
+// A round runs each of them for so long, in slices of a second that take turns in random
+// order: what else the machine does for a moment must not fall on one of them alone.
 #include "Animation/Animator.hpp"
 #include "Benchmarks/Report/Report.hpp"
 
@@ -14,6 +16,8 @@
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <numeric>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,6 +36,13 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::array intervals{0.005F, 0.009F};
 
+/// The lateness, in seconds, that a share of the ticks does not exceed.
+double percentile(std::vector<double> late, double share)
+{
+    std::sort(late.begin(), late.end());
+    return late[static_cast<std::size_t>(share * static_cast<double>(late.size() - 1))];
+}
+
 /// Ticks against the grid that begins when the timer starts. A tick that is later
 /// than a whole interval is held against the grid point that it follows.
 class Grid
@@ -48,30 +59,22 @@ public:
         late_.push_back(elapsed - point_ * interval_);
     }
 
-    /// The lateness, in seconds, that a share of the ticks does not exceed.
-    double percentile(double share) const { return percentileOf(late_, share); }
-
     /// By how much the early ones among the ticks come later in the last quarter than
     /// in the first, in seconds: how far the timer's own grid has moved.
     double drift() const
     {
         const auto quarter = static_cast<std::ptrdiff_t>(late_.size() / 4);
-        return percentileOf({late_.end() - quarter, late_.end()}, 0.1) -
-               percentileOf({late_.begin(), late_.begin() + quarter}, 0.1);
+        return percentile({late_.end() - quarter, late_.end()}, 0.1) -
+               percentile({late_.begin(), late_.begin() + quarter}, 0.1);
     }
 
-    std::size_t ticks() const { return late_.size(); }
+    /// How late each tick was, in seconds.
+    const std::vector<double> &late() const { return late_; }
     /// Grid points without a tick.
     double missed() const { return point_ - static_cast<double>(late_.size()); }
     float interval() const { return static_cast<float>(interval_); }
 
 private:
-    static double percentileOf(std::vector<double> values, double share)
-    {
-        std::sort(values.begin(), values.end());
-        return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1))];
-    }
-
     double interval_;
     Clock::time_point start_;
     double point_ = 0;
@@ -203,39 +206,78 @@ struct Driver {
 constexpr std::array drivers{Driver{"kit", runKit}, Driver{"Qt precise", runQt},
                              Driver{"g_timeout_add", runGLib}, Driver{"bare timerfd", runTimerfd}};
 
-/// What each driver's timer of one interval was like, round by round.
-using Lateness = std::array<std::vector<double>, drivers.size()>;
+constexpr int kit = 0;
+
+/// The ticks of one driver's timers in all slices of a round.
+struct Pool {
+    std::array<std::vector<double>, intervals.size()> late; // in seconds
+    std::array<double, intervals.size()> missed{};
+};
+using Pools = std::array<Pool, drivers.size()>;
+
+void runSlice(std::size_t driver, double seconds, Pool &pool)
+{
+    Grids grids{Grid(intervals[0]), Grid(intervals[1])};
+    drivers[driver].run(grids, seconds);
+    for (std::size_t i = 0; i < grids.size(); ++i) {
+        pool.late[i].insert(pool.late[i].end(), grids[i].late().begin(), grids[i].late().end());
+        pool.missed[i] += grids[i].missed();
+    }
+}
+
+Pools runRound(double seconds, std::mt19937 &random)
+{
+    const int slices = std::max(1, static_cast<int>(std::lround(seconds)));
+    std::array<std::size_t, drivers.size()> order{};
+    std::iota(order.begin(), order.end(), std::size_t(0));
+    Pools pools;
+    for (int slice = 0; slice < slices; ++slice) {
+        std::shuffle(order.begin(), order.end(), random);
+        for (const std::size_t driver : order)
+            runSlice(driver, seconds / slices, pools[driver]);
+    }
+    return pools;
+}
+
+/// How far the kit's timers move in so many seconds without a break, in ms.
+std::array<double, intervals.size()> driftOfKit(double seconds)
+{
+    Grids grids{Grid(intervals[0]), Grid(intervals[1])};
+    drivers[kit].run(grids, seconds);
+    return {1e3 * grids[0].drift(), 1e3 * grids[1].drift()};
+}
 
 void measure(const char *load, double seconds, int rounds)
 {
-    std::array<Lateness, intervals.size()> late;
-    std::array<std::vector<double>, intervals.size()> drift; // of the kit, in ms
-    for (int round = 0; round < rounds; ++round)
-        for (std::size_t driver = 0; driver < drivers.size(); ++driver) {
-            Grids grids{Grid(intervals[0]), Grid(intervals[1])};
-            drivers[driver].run(grids, seconds);
-            for (std::size_t i = 0; i < grids.size(); ++i) {
-                const Grid &grid = grids[i];
-                std::printf("%-13s %-4s %u ms: %5zu ticks, %4.0f missed, late p50 %8.1f us, "
-                            "p99 %8.1f us, drift %8.1f us\n",
-                            drivers[driver].name, load, milliseconds(grid), grid.ticks(),
-                            grid.missed(), 1e6 * grid.percentile(0.5), 1e6 * grid.percentile(0.99),
-                            1e6 * grid.drift());
-                std::fflush(stdout);
-                late[i][driver].push_back(grid.percentile(0.99));
-                if (driver == 0)
-                    drift[i].push_back(1e3 * grid.drift());
+    std::mt19937 random(1);
+    // Round by round, for each interval.
+    std::array<std::array<std::vector<double>, drivers.size()>, intervals.size()> late;
+    std::array<std::vector<double>, intervals.size()> drift;
+    for (int round = 0; round < rounds; ++round) {
+        const Pools pools = runRound(seconds, random);
+        const auto drifted = driftOfKit(seconds);
+        for (std::size_t i = 0; i < intervals.size(); ++i) {
+            for (std::size_t driver = 0; driver < drivers.size(); ++driver) {
+                const std::vector<double> &ticks = pools[driver].late[i];
+                late[i][driver].push_back(percentile(ticks, 0.99));
+                std::printf("%-13s %-4s %ld ms: %5zu ticks, %4.0f missed, late p50 %8.1f us, "
+                            "p99 %8.1f us\n",
+                            drivers[driver].name, load, std::lround(1000 * intervals[i]),
+                            ticks.size(), pools[driver].missed[i], 1e6 * percentile(ticks, 0.5),
+                            1e6 * late[i][driver].back());
             }
+            std::fflush(stdout);
+            drift[i].push_back(drifted[i]);
         }
+    }
     for (std::size_t i = 0; i < intervals.size(); ++i) {
         const std::string which =
             std::to_string(std::lround(intervals[i] * 1000)) + " ms timer, " + load;
-        printRow({"Lateness (p99) of a " + which, "Qt's precise timer", 0.2,
-                  ratios(late[i][0], late[i][1])});
+        const std::vector<double> &ours = late[i][kit];
         printRow(
-            {"Lateness (p99) of a " + which, "g_timeout_add", {}, ratios(late[i][0], late[i][2])});
-        printRow(
-            {"Lateness (p99) of a " + which, "a bare timerfd", {}, ratios(late[i][0], late[i][3])});
+            {"Lateness (p99) of a " + which, "Qt's precise timer", 0.2, ratios(ours, late[i][1])});
+        printRow({"Lateness (p99) of a " + which, "g_timeout_add", {}, ratios(ours, late[i][2])});
+        printRow({"Lateness (p99) of a " + which, "a bare timerfd", {}, ratios(ours, late[i][3])});
         printRow({"Drift of a " + which, "", 0.1, drift[i], "ms"});
     }
 }
