@@ -1,7 +1,8 @@
 # Debian packages of what is installed: cpack in the build folder writes them to
 # package/.
 #   parvane-host    the program, its content and the stand-in effect
-#   libparvane-dev  the animation kit and the support utilities for other programs
+#   libparvane-dev  the animation kit and the support utilities for other programs,
+#                   and parvane-curves, which draws the kit's curves
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME parvane-host)
 set(CPACK_PACKAGE_VENDOR QRVX)
@@ -59,7 +60,9 @@ programs: easing curves, animators and what runs many of them; names of MIDI
 bytes and meta events; four-character codes.
 
 They need nothing but the standard library; timers on GLib's main loop are
-there for programs that have it.")
+there for programs that have it. The program parvane-curves draws the curves.")
+# Of what the program links.
+set(CPACK_DEBIAN_KIT_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_KIT_PACKAGE_RECOMMENDS libglib2.0-dev)
 
 include(CPack)

@@ -1,7 +1,8 @@
-// Draws what the kit computes: parvane-curves FOLDER
+// Draws what the kit computes: parvane-curves FOLDER; parvane-curves(1) describes it.
 #include "Animation/Gallery/Drawing.hpp"
 #include "Animation/Gallery/Recording.hpp"
 
+#include <array>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -10,8 +11,18 @@
 #include <string>
 #include <system_error>
 
+#include <getopt.h>
+
 namespace
 {
+
+constexpr auto usage = "Usage: parvane-curves FOLDER\n";
+constexpr auto help =
+    "Draws the easing curves and timelines of what runs them, all computed by the\n"
+    "animation kit, into FOLDER: curves.svg and index.html.\n"
+    "\n"
+    "  -h, --help     print this and exit\n"
+    "  -V, --version  print the version and exit\n";
 
 void write(const std::filesystem::path &path, const std::string &text)
 {
@@ -23,17 +34,10 @@ void write(const std::filesystem::path &path, const std::string &text)
                                                 std::make_error_code(std::errc::io_error));
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int draw(const std::filesystem::path &folder)
 {
     using namespace animation::gallery;
-    if (argc != 2) {
-        std::cerr << "Usage: parvane-curves FOLDER\n";
-        return EXIT_FAILURE;
-    }
     try {
-        const std::filesystem::path folder = argv[1];
         std::filesystem::create_directories(folder);
         const auto curves = recordCurves(100);
         write(folder / "curves.svg", drawCurves(curves));
@@ -43,4 +47,33 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    static constexpr std::array options{
+        option{"help", no_argument, nullptr, 'h'},
+        option{"version", no_argument, nullptr, 'V'},
+        option{},
+    };
+    switch (getopt_long(argc, argv, "hV", options.data(), nullptr)) {
+    case -1:
+        break;
+    case 'h':
+        std::cout << usage << help;
+        return EXIT_SUCCESS;
+    case 'V':
+        std::cout << "parvane-curves " PARVANE_VERSION "\n";
+        return EXIT_SUCCESS;
+    default:
+        std::cerr << usage;
+        return EXIT_FAILURE;
+    }
+    if (argc - optind != 1) {
+        std::cerr << usage;
+        return EXIT_FAILURE;
+    }
+    return draw(argv[optind]);
 }

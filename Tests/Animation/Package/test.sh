@@ -21,6 +21,16 @@ check() { # PROGRAM: prints what the kit computes, and links no toolkit
 cmake --install "$build" --component Animation --prefix "$work/prefix" >"$work/install.log"
 [ -z "$(find "$work/prefix" -name '*nspection*')" ] || fail "the tests' own header is installed"
 
+curves=$work/prefix/bin/parvane-curves
+"$curves" "$work/curves"
+diff -r "$(dirname "$(find "$work/prefix/share/doc" -name index.html)")" "$work/curves" ||
+    fail "the installed program draws otherwise than its page shows"
+! ldd "$curves" | grep -iE 'glib|gtk' || fail "the program links too much"
+page=$(find "$work/prefix" -name parvane-curves.1.gz)
+for option in $("$curves" --help | grep -o -- '--[a-z]*'); do
+    gzip -dc "$page" | grep -qF -- "${option//-/\\-}" || fail "the manual page lacks $option"
+done
+
 cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$flags" >"$work/cmake.log" ||
     fail "$(cat "$work/cmake.log")"
