@@ -413,7 +413,7 @@ private:
     virtual void findAnimators();
     virtual void scheduleItem(const std::shared_ptr<Animator> &item);
     virtual void calculateFrames();
-    /// Sets the push and the value to 0; a timer goes on.
+    /// Ends the timer and goes back to frame 0; what runs stays so.
     virtual void reset();
 
     void stepItem(Animator &item);
