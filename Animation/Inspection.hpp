@@ -10,6 +10,7 @@ namespace animation
 struct Inspection {
     static float value(const Impulse &impulse) { return impulse._value; }
     static std::int64_t steps(const Impulse &impulse) { return impulse._step; }
+    static void setSteps(Impulse &impulse, std::int64_t steps) { impulse._step = steps; }
     static std::int64_t latestEnd(const AnimationSequencer &sequencer)
     {
         return sequencer._maxFrames;

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <string>
@@ -30,6 +31,8 @@ protected:
 
     std::shared_ptr<Impulse> impulse = Impulse::create();
 };
+
+using ImpulseDeathTest = ImpulseTest;
 
 TEST_F(ImpulseTest, IsFinishedUntilItIsSetUp)
 {
@@ -263,6 +266,14 @@ public:
 
     std::vector<std::string> calls;
 };
+
+TEST_F(ImpulseDeathTest, OverflowIsFatal)
+{
+    impulse->setup(1, 1, 0.009F, 1);
+    Inspection::setSteps(*impulse, INT64_MAX - 1);
+    impulse->animate();
+    EXPECT_DEATH(impulse->animate(), "Fatal error: Arithmetic overflow");
+}
 
 TEST_F(ImpulseTest, GoesThroughItsOverridableOperations)
 {
