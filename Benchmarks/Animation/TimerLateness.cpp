@@ -136,6 +136,9 @@ void runGLib(Grids &grids, double seconds)
 
 void runQt(Grids &grids, double seconds)
 {
+    // Gone afterwards: it adds sources of its own to GLib's main loop.
+    int argc = 0;
+    const QCoreApplication application(argc, nullptr);
     std::array<QTimer, intervals.size()> timers;
     for (std::size_t i = 0; i < grids.size(); ++i) {
         timers[i].setTimerType(Qt::PreciseTimer);
@@ -286,7 +289,6 @@ void measure(const char *load, double seconds, int rounds)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication application(argc, argv);
     const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
     const int rounds = argc > 2 ? std::atoi(argv[2]) : 3;
     const std::string only = argc > 3 ? argv[3] : "";
