@@ -289,8 +289,8 @@ void measure(const char *load, double seconds, int rounds)
 
 int main(int argc, char **argv)
 {
-    const double seconds = argc > 1 ? std::atof(argv[1]) : 10;
-    const int rounds = argc > 2 ? std::atoi(argv[2]) : 3;
+    const double seconds = argc > 1 ? std::atof(argv[1]) : 5;
+    const int rounds = argc > 2 ? std::atoi(argv[2]) : 5;
     const std::string only = argc > 3 ? argv[3] : "";
     if (only != "busy")
         measure("idle", seconds, rounds);
