@@ -32,7 +32,8 @@ constexpr std::chrono::minutes timeToDraw{2};
 /// What it shows for so long it shows in the end; longer as long as nobody knows what a
 /// page looks like: some stay empty for seconds.
 constexpr std::chrono::milliseconds rest{500};
-constexpr std::chrono::seconds restAtFirst{15};
+constexpr int looksAlike = 30; // a rest apart
+constexpr int mostLooks = 240;
 constexpr double trifle = 0.02;
 constexpr std::chrono::milliseconds between{8};
 constexpr double goal = 1.2;
@@ -74,20 +75,18 @@ public:
 
     Picture now() const { return screen_.picture(window_); }
 
-    /// What it looks like in the end.
+    /// What it looks like in the end. Counted in looks: the machine may stand still.
     Picture learn() const
     {
         Picture page = now();
-        auto since = Clock::now();
-        while (Clock::now() - since < restAtFirst) {
-            if (Clock::now() - pressed_ > timeToDraw)
+        for (int look = 0, alike = 0; alike < looksAlike; ++look) {
+            if (look == mostLooks)
                 throw std::runtime_error("The window does not come to rest.");
             std::this_thread::sleep_for(rest);
             Picture seen = now();
-            if (areAlike(page, seen))
-                continue;
-            page = std::move(seen);
-            since = Clock::now();
+            alike = areAlike(page, seen) ? alike + 1 : 0;
+            if (alike == 0)
+                page = std::move(seen);
         }
         return page;
     }
