@@ -41,6 +41,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr double sampleRate = 48000.0;
 constexpr int realTimePriority = 10;
+constexpr const char *floorPeer = "two processes that wake each other";
 
 struct Condition {
     const char *name;
@@ -142,6 +143,7 @@ private:
 
 struct Pace {
     const char *name;
+    const char *what; // in a row
     std::uint32_t frames;
     std::size_t blocks;
     std::optional<std::chrono::nanoseconds> interval;
@@ -191,31 +193,33 @@ void printLine(const char *place, const Pace &pace, const Condition &condition,
     std::fflush(stdout);
 }
 
+void report(const Pace &pace, const Condition &condition, const Result &apart, const Result &futex)
+{
+    printRow({fmt::format("{}, {}", pace.what, condition.name), floorPeer, std::nullopt,
+              ratios(apart.medians, futex.medians)});
+}
+
 void reportGoals(const Pace &pace, const Result &here, const Result &apart, const Result &echo,
                  const Result &futex)
 {
-    const std::string blocks =
-        pace.interval ? "256 frames at their pace" : "64 frames back to back";
-    printRow({"Hop to the effect's process, " + blocks, "a byte there and back", 1.0,
+    printRow({fmt::format("{}, idle", pace.what), "a byte there and back", 1.0,
               ratios(apart.medians, echo.medians)});
-    printRow({"Hop to the effect's process, " + blocks, "two processes that wake each other",
-              std::nullopt, ratios(apart.medians, futex.medians)});
-    printRow({"Hop to the effect's process, " + blocks, "", pace.interval ? 20.0 : 5.0,
-              apart.medians, "µs"});
+    printRow(
+        {fmt::format("{}, idle", pace.what), "", pace.interval ? 20.0 : 5.0, apart.medians, "µs"});
     if (!pace.interval)
         return;
-    printRow({"Late blocks of 256 frames, idle",
+    printRow({"Blocks of 256 frames that came late, idle",
               "",
               0.0,
               {static_cast<double>(apart.lateBlocks)},
               "blocks"});
-    printRow({"Processor time a block beyond the unit in this process",
+    printRow({"Processor time for a block of 256 frames, beyond an effect in this process",
               "",
               20.0,
               {apart.processorMicroseconds - here.processorMicroseconds},
               "µs"});
-    printRow({"Processor time a block at 256 frames",
-              "two processes that wake each other",
+    printRow({"Processor time for a block of 256 frames",
+              floorPeer,
               std::nullopt,
               {apart.processorMicroseconds / futex.processorMicroseconds}});
 }
@@ -226,8 +230,9 @@ void compare(std::size_t blocks, double seconds, const std::string &only)
     const AVAudioUnitComponent nothing({}, "urn:qrvx:benchmark:nothing");
     const std::chrono::nanoseconds blockTime(static_cast<std::int64_t>(1e9 * 256 / sampleRate));
     const auto paced = static_cast<std::size_t>(seconds * sampleRate / 256);
-    const std::array paces{Pace{"back to back", 64, blocks, std::nullopt},
-                           Pace{"at real pace", 256, paced, blockTime}};
+    const std::array paces{
+        Pace{"back to back", "Hop of 64 frames, back to back", 64, blocks, std::nullopt},
+        Pace{"at real pace", "Hop of 256 frames at their pace", 256, paced, blockTime}};
     fmt::print("{:12} {:14} {:16} {:>9} {:>8} {:>8} {:>9} {:>6} {:>9}\n", "effect in", "blocks",
                "machine", "count", "p50 µs", "p99.9", "max", "late", "CPU µs");
     for (const Pace &pace : paces) {
@@ -260,6 +265,7 @@ void compare(std::size_t blocks, double seconds, const std::string &only)
             printLine("(futex)", pace, condition, futex);
             if (!condition.isLoaded && !condition.isRealTime)
                 reportGoals(pace, here, apart, echo, futex);
+            report(pace, condition, apart, futex);
         }
     }
 }

@@ -38,9 +38,15 @@ struct BlockSize {
 };
 constexpr std::array blockSizes{BlockSize{64, 1.10}, BlockSize{256, 1.05}, BlockSize{1024, 1.02}};
 
-constexpr std::array plugins{
-    "urn:qrvx:benchmark:copy", "urn:qrvx:parvane", "http://drobilla.net/plugins/mda/Delay",
-    "http://drobilla.net/plugins/mda/Overdrive", "http://gareus.org/oss/lv2/fil4#stereo"};
+struct Plugin {
+    const char *uri;
+    const char *name;
+};
+constexpr std::array plugins{Plugin{"urn:qrvx:benchmark:copy", "a plug-in that copies"},
+                             Plugin{"urn:qrvx:parvane", "the rotary cabinet"},
+                             Plugin{"http://drobilla.net/plugins/mda/Delay", "mda Delay"},
+                             Plugin{"http://drobilla.net/plugins/mda/Overdrive", "mda Overdrive"},
+                             Plugin{"http://gareus.org/oss/lv2/fil4#stereo", "x42 fil4"}};
 
 constexpr Cost unmeasured{std::numeric_limits<double>::infinity(),
                           std::numeric_limits<double>::infinity()};
@@ -49,7 +55,7 @@ constexpr Cost unmeasured{std::numeric_limits<double>::infinity(),
 /// on the machine, a neighbour on the same core above all, only ever adds to a run,
 /// a quarter and more for seconds on end: medians would tell how busy it was.
 struct Trial {
-    std::string plugin;
+    Plugin plugin;
     BlockSize block;
     Cost run = unmeasured;
     Cost decoding = unmeasured;
@@ -97,20 +103,20 @@ void requireSameSamples(const Trial &trial, const std::string &path, const Chann
 {
     const std::uint32_t block = trial.block.frames;
     Channels expected(stereo, std::vector<float>(frameCount));
-    BareHost host(trial.plugin, sampleRate, block);
+    BareHost host(trial.plugin.uri, sampleRate, block);
     runBarely(host, input, block, [&](std::size_t done, std::size_t frames) {
         for (std::size_t channel = 0; channel < stereo; ++channel)
             std::copy_n(host.output()[channel].data(), frames, expected[channel].data() + done);
     });
     std::size_t done = 0;
-    EngineRender render(trial.plugin, AVAudioFormat(sampleRate, stereo), block);
+    EngineRender render(trial.plugin.uri, AVAudioFormat(sampleRate, stereo), block);
     render.play(path, frameCount, [&](const AVAudioPCMBuffer &buffer) {
         for (std::size_t channel = 0; channel < stereo; ++channel)
             if (std::memcmp(buffer.floatChannelData()[channel], expected[channel].data() + done,
                             buffer.frameLength() * sizeof(float)) != 0)
                 throw std::runtime_error(
                     fmt::format("{}: blocks of {} differ from the bare loop's near frame {}",
-                                trial.plugin, block, done));
+                                trial.plugin.name, block, done));
         done += buffer.frameLength();
     });
 }
@@ -120,8 +126,8 @@ void measure(Trial &trial, int round, const std::string &path, const Channels &i
              Channels &scratch)
 {
     const std::uint32_t block = trial.block.frames;
-    BareHost host(trial.plugin, sampleRate, block);
-    EngineRender render(trial.plugin, AVAudioFormat(sampleRate, stereo), block);
+    BareHost host(trial.plugin.uri, sampleRate, block);
+    EngineRender render(trial.plugin.uri, AVAudioFormat(sampleRate, stereo), block);
     for (int step = 0; step < 4; ++step) {
         switch ((round + step) % 4) {
         case 0:
@@ -159,15 +165,15 @@ void printTable(const std::vector<Trial> &trials)
 {
     fmt::print("60 s of 48 kHz stereo AAC; the best of the rounds, ms of processor time where "
                "not said otherwise.\n\n"
-               "{:42} {:>5} {:>7} {:>7} {:>8} {:>7} {:>7} {:>9} {:>9} {:>9} {:>9}\n"
-               "{:42} {:>5} {:>7} {:>7} {:>8} {:>7} {:>7} {:>9} {:>9} {:>9} {:>9}\n",
+               "{:22} {:>5} {:>7} {:>7} {:>8} {:>7} {:>7} {:>9} {:>9} {:>9} {:>9}\n"
+               "{:22} {:>5} {:>7} {:>7} {:>8} {:>7} {:>7} {:>9} {:>9} {:>9} {:>9}\n",
                "plug-in", "block", "run", "decode", "one bare", "engine", "engine", "to sum",
                "to sum,", "to loop", "to loop,", "", "", "", "", "loop", "", "wall", "", "wall", "",
                "wall");
     for (const Trial &trial : trials)
-        fmt::print("{:42} {:>5} {:7.2f} {:7.2f} {:8.2f} {:7.2f} {:7.2f} {:9.3f} {:9.3f} {:9.3f} "
+        fmt::print("{:22} {:>5} {:7.2f} {:7.2f} {:8.2f} {:7.2f} {:7.2f} {:9.3f} {:9.3f} {:9.3f} "
                    "{:9.3f}\n",
-                   trial.plugin, trial.block.frames, 1e3 * trial.run.processor,
+                   trial.plugin.name, trial.block.frames, 1e3 * trial.run.processor,
                    1e3 * trial.decoding.processor, 1e3 * trial.together.processor,
                    1e3 * trial.engine.processor, 1e3 * trial.engine.wall,
                    toSum(trial, &Cost::processor), toSum(trial, &Cost::wall),
@@ -178,9 +184,13 @@ void printTable(const std::vector<Trial> &trials)
 void reportGoals(const Trial &trial)
 {
     const std::string what =
-        fmt::format("A minute in blocks of {}, {}", trial.block.frames, trial.plugin);
-    printRow({what, "run and decoding alone", trial.block.goal, {toSum(trial, &Cost::processor)}});
-    printRow({what, "one bare loop of both", trial.block.goal, {toLoop(trial, &Cost::processor)}});
+        fmt::format("A minute through {}, blocks of {}", trial.plugin.name, trial.block.frames);
+    printRow({what,
+              "effect and decoder alone, summed",
+              trial.block.goal,
+              {toSum(trial, &Cost::processor)}});
+    printRow(
+        {what, "one bare loop with both", trial.block.goal, {toLoop(trial, &Cost::processor)}});
 }
 
 void compare(int rounds, const std::string &only)
@@ -190,11 +200,11 @@ void compare(int rounds, const std::string &only)
     Channels scratch(stereo, std::vector<float>(4096));
 
     std::vector<Trial> trials;
-    for (const std::string plugin : plugins) {
-        if (!only.empty() && plugin != only)
+    for (const Plugin &plugin : plugins) {
+        if (!only.empty() && plugin.uri != only)
             continue;
-        if (!isInstalled(plugin)) {
-            fmt::print("{} is not installed and left out.\n", plugin);
+        if (!isInstalled(plugin.uri)) {
+            fmt::print("{} is not installed and left out.\n", plugin.uri);
             continue;
         }
         for (const BlockSize &block : blockSizes)

@@ -9,7 +9,7 @@
 
 SoundFile::SoundFile(int seconds)
     : path_(std::filesystem::temp_directory_path() /
-            fmt::format("parvane-engine-{}-{}.m4a", seconds, getpid()))
+            fmt::format("parvane-{}-{}.m4a", seconds, getpid()))
 {
     const std::string command =
         fmt::format("ffmpeg -v error -nostdin -y -f lavfi -i "

@@ -1,12 +1,12 @@
 // A minute of stereo AAC through AVAudioFile, beside a bare loop on libavcodec.
 
 #include "Benchmarks/Engine/BareDecoder.hpp"
+#include "Benchmarks/Engine/SoundFile.hpp"
 #include "Platform/Audio/AVAudioFile.hpp"
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
-#include <filesystem>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,32 +14,7 @@ namespace
 {
 
 constexpr std::uint32_t framesAtOnce = 4'096;
-
-/// Made once, and removed with the process.
-class SoundFile
-{
-public:
-    explicit SoundFile(int seconds)
-        : path_(std::filesystem::temp_directory_path() /
-                ("parvane-" + std::to_string(seconds) + "-" + std::to_string(std::rand()) + ".m4a"))
-    {
-        const std::string command =
-            "ffmpeg -v error -nostdin -y -f lavfi -i "
-            "\"aevalsrc=exprs='0.3*sin(2*PI*t*(220+40*sin(3*t)))+0.4*(random(0)-0.5)*"
-            "exp(-12*mod(t,0.5))|0.3*sin(2*PI*t*331)+0.1*(random(1)-0.5)':s=44100:d=" +
-            std::to_string(seconds) + "\" -c:a aac -b:a 128k -movflags +faststart " + path_;
-        if (std::system(command.c_str()) != 0)
-            std::abort();
-    }
-    ~SoundFile() { std::filesystem::remove(path_); }
-    SoundFile(const SoundFile &) = delete;
-    SoundFile &operator=(const SoundFile &) = delete;
-
-    const std::string &path() const { return path_; }
-
-private:
-    std::string path_;
-};
+constexpr double sampleRate = 48'000.0; // of every SoundFile
 
 const std::string &minute()
 {
@@ -72,7 +47,7 @@ void readToEnd(AVAudioFile &file, AVAudioPCMBuffer &buffer)
 void decodeMinuteThroughAVAudioFile(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(minute());
-    AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
+    AVAudioPCMBuffer buffer(AVAudioFormat(sampleRate, 2), framesAtOnce);
     for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         readToEnd(file, buffer);
@@ -84,7 +59,7 @@ BENCHMARK(decodeMinuteThroughAVAudioFile)->Unit(benchmark::kMillisecond);
 void playLoopFirst(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(loop());
-    AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
+    AVAudioPCMBuffer buffer(AVAudioFormat(sampleRate, 2), framesAtOnce);
     for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         readToEnd(file, buffer);
@@ -109,7 +84,7 @@ BENCHMARK(playLoopAgain)->Unit(benchmark::kMillisecond);
 void openAndReadFirstFrames(benchmark::State &state)
 {
     const URL url = URL::fileURLWithPath(loop());
-    AVAudioPCMBuffer buffer(AVAudioFormat(44'100.0, 2), framesAtOnce);
+    AVAudioPCMBuffer buffer(AVAudioFormat(sampleRate, 2), framesAtOnce);
     for ([[maybe_unused]] auto _ : state) {
         AVAudioFile file(url);
         file.read(buffer, framesAtOnce);

@@ -29,7 +29,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-constexpr double shareGoal = 0.15;
+constexpr double shareGoal = 15; // per cent
 /// A block of the effect's that came late is this many frames of nothing or more.
 /// The loops have no such silence of their own.
 constexpr std::size_t shortestGap = 64;
@@ -125,8 +125,12 @@ void run(double seconds)
     fmt::print("the main thread takes {:.1f} % while the window is resized\n", 100 * resizingShare);
     fmt::print("gaps at rest: {}, while resizing: {}, {} s each\n", stillGaps, resizedGaps,
                seconds);
-    printRow({"Main thread's share while the view moves", "", shareGoal, {share}, "processors"});
-    printRow({"Gaps while the window is resized, more than at rest",
+    printRow({"Main thread's share of a processor while the view moves",
+              "",
+              shareGoal,
+              {100 * share},
+              "%"});
+    printRow({"Gaps in the sound while the window is resized, more than at rest",
               "",
               0.0,
               {static_cast<double>(std::max(resizedGaps - stillGaps, 0))},

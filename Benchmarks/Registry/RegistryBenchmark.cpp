@@ -76,4 +76,21 @@ void loadAllWithLilv(benchmark::State &state)
 }
 BENCHMARK(loadAllWithLilv)->Unit(benchmark::kMillisecond);
 
+/// The peer for everything: lilv is asked for the ports of each, and so parses each
+/// plug-in's own data, too.
+void askAllWithLilv(benchmark::State &state)
+{
+    std::size_t found = 0;
+    for (auto _ : state) {
+        const platform::lv2::WorldPointer world(lilv_world_new());
+        lilv_world_load_all(world.get());
+        const LilvPlugins *const plugins = lilv_world_get_all_plugins(world.get());
+        found = 0;
+        LILV_FOREACH(plugins, each, plugins)
+        found += lilv_plugin_get_num_ports(lilv_plugins_get(plugins, each)) > 0 ? 1U : 0U;
+    }
+    noteRegistry(state, found);
+}
+BENCHMARK(askAllWithLilv)->Unit(benchmark::kMillisecond);
+
 } // namespace

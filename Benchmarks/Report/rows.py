@@ -23,11 +23,13 @@ def ratios(ours, theirs):
     return [our / their for our, their in zip(ours, theirs)]
 
 
-def rows_in(lines):
-    """The rows among a benchmark's lines."""
-    for line in lines:
-        if line.startswith('{"what"'):
-            yield Row(**json.loads(line))
+def row_in(line):
+    """The row that a line of a benchmark's tells, if it is one."""
+    return Row(**json.loads(line)) if line.startswith('{"what"') else None
+
+
+def number(value):
+    return f"{value:,.0f}" if abs(value) >= 1000 else f"{value:.3g}"
 
 
 class Row:
@@ -38,7 +40,7 @@ class Row:
         figures = sorted(figures)
         self.runs = len(figures)
         self.median = statistics.median(figures)
-        # Between the tenth and the ninth tenth, or all there is of a few runs.
+        # Between the first and the ninth tenth, or all there is of a few runs.
         self.low = figures[round(0.1 * (self.runs - 1))]
         self.high = figures[round(0.9 * (self.runs - 1))]
 
@@ -47,3 +49,7 @@ class Row:
         if self.goal is None:
             return "no goal"
         return "met" if self.median <= self.goal else "missed"
+
+    def figure(self, value):
+        """A value in words, with its unit."""
+        return f"{number(value)} {self.unit or '×'}"
