@@ -26,9 +26,11 @@ target_compile_options(parvane_settings INTERFACE
     # bits with every compiler.
     -ffp-contract=off)
 if(PARVANE_COVERAGE)
-    # A static library has no end of its own to write counters at.
+    # Compiled by itself: a C source in a target would have its precompiled header in C
+    # as well. A static library has no end of its own to write counters at.
+    add_library(coverage_dump OBJECT "${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c")
     target_sources(parvane_settings INTERFACE
-        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c>")
+        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:$<TARGET_OBJECTS:coverage_dump>>")
     target_link_options(parvane_settings INTERFACE "LINKER:--wrap=abort,--wrap=_exit")
 endif()
 if(PARVANE_SANITIZE)
