@@ -66,6 +66,13 @@ function(parvane_module name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/parvane-host")
 endfunction()
 
+# parvane_build_path(TARGET VARIABLE)
+# Where a target's file is from the build's root, for tests (Tests/Utilities/Places.hpp).
+function(parvane_build_path target variable)
+    set(${variable} "$<PATH:RELATIVE_PATH,$<TARGET_FILE:${target}>,${CMAKE_BINARY_DIR}>"
+        PARENT_SCOPE)
+endfunction()
+
 # parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TOGETHER]
 #     [TIMEOUT seconds])
 # A GoogleTest program; each of its tests becomes a test of CTest. TOGETHER makes one of
@@ -76,9 +83,8 @@ function(parvane_test name)
         set(ARG_TIMEOUT 120)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} GTest::gmock
-        GTest::gtest_main)
-    target_compile_definitions(${name} PRIVATE TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} test_places
+        GTest::gmock GTest::gtest_main)
     # Lines and names are enough for a trace of a test; the rest takes a quarter of the
     # time to compile.
     target_compile_options(${name} PRIVATE -g1)
