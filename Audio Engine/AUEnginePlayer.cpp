@@ -106,6 +106,7 @@ void AUEnginePlayer::load(const std::optional<URL> &url)
     const auto opened = file.load();
     if (const auto receiver = delegate.load())
         receiver->onFileSelect(path);
+    const std::lock_guard lock(wiring);
     if (const auto effect = activeAVAudioUnit.load())
         rewirePlayerToEffect(*opened, effect);
     else
@@ -260,6 +261,15 @@ void AUEnginePlayer::connect(const std::shared_ptr<AVAudioUnit> &avAudioUnit,
     print(avAudioUnit ? "AUEnginePlayer: A new audio unit will be connected."
                       : "AUEnginePlayer::WARNING: Function connect() with argument 'nil' causes "
                         "disconnection.");
+    replaceEffect(avAudioUnit);
+    completion();
+    if (!avAudioUnit)
+        print("AUEnginePlayer: The audio unit was set to 'nil'.");
+}
+
+void AUEnginePlayer::replaceEffect(const std::shared_ptr<AVAudioUnit> &avAudioUnit)
+{
+    const std::lock_guard lock(wiring);
     bool loopIsToBeReset = true;
     if (const auto effect = activeAVAudioUnit.load()) {
         detachEffect(effect);
@@ -269,20 +279,12 @@ void AUEnginePlayer::connect(const std::shared_ptr<AVAudioUnit> &avAudioUnit,
     connectMixerToOutput();
     if (isPlaying)
         player->pause();
-    const auto rewiringComplete = [&] {
-        if (isPlaying)
-            player->play();
-        completion();
-    };
-    if (!avAudioUnit) {
-        if (loopIsToBeReset)
-            resetAudioLoop();
-        rewiringComplete();
-        print("AUEnginePlayer: The audio unit was set to 'nil'.");
-        return;
-    }
-    attachEffect(avAudioUnit);
-    rewiringComplete();
+    if (avAudioUnit)
+        attachEffect(avAudioUnit);
+    else if (loopIsToBeReset)
+        resetAudioLoop();
+    if (isPlaying)
+        player->play();
 }
 
 void AUEnginePlayer::detachEffect(const std::shared_ptr<AVAudioUnit> &effect)

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 /// Plays demonstration files in an endless loop: player, effect once there is
@@ -85,6 +86,7 @@ private:
     void rewirePlayerToEffect(const AVAudioFile &opened,
                               const std::shared_ptr<AVAudioUnit> &effect);
     void connectMixerToOutput();
+    void replaceEffect(const std::shared_ptr<AVAudioUnit> &avAudioUnit);
     void detachEffect(const std::shared_ptr<AVAudioUnit> &effect);
     void attachEffect(const std::shared_ptr<AVAudioUnit> &effect);
     void fileEnded();
@@ -97,6 +99,10 @@ private:
     std::atomic<bool> isPlaying = false;
     /// Main queue only.
     std::int64_t loopCount = 0;
+    /// Held by who changes what the player feeds: a file that is loaded while the effect
+    /// goes would be led into an effect that is out of the graph. Overriding operations
+    /// may come back.
+    std::recursive_mutex wiring;
     DispatchQueue stateChangeQueue{"example.qrvx.AUEnginePlayer.stateQueue"};
     std::shared_ptr<AVAudioPlayerNode> player = std::make_shared<AVAudioPlayerNode>();
     Shared<std::shared_ptr<AVAudioFile>> file;

@@ -3,8 +3,13 @@
 #include "Platform/Audio/SampleConversion.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 
+extern "C" {
+#include <libavutil/mem.h>
+}
+
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <limits>
@@ -27,6 +32,10 @@ constexpr int mostLeadingBadPackets = 64;
 /// decoded and dropped after a seek.
 constexpr std::int64_t preroll = 8'192;
 constexpr std::chrono::seconds operationTime(10);
+/// What decoders and demuxers take in one piece, whatever the file holds.
+constexpr std::int64_t memoryForAnyFile = 16 * 1024 * 1024;
+/// The most that a byte of a file can stand for: an entry of an index.
+constexpr std::int64_t memoryForOneByte = 32;
 
 /// Containers of sound. Others are refused: playlists and manifests would have
 /// FFmpeg open further files, and each demuxer more is one more to attack.
@@ -91,7 +100,7 @@ bool isMP4(const AVInputFormat &format)
     if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF)
         throw PlatformError("The file is damaged or not an audio file");
     if (error == AVERROR(ENOMEM))
-        throw std::bad_alloc();
+        throw PlatformError("The file is damaged: it asks for more memory than it can need");
     if (error == AVERROR_EXIT)
         throw PlatformError("Reading the file takes too long");
     if (error == AVERROR_PATCHWELCOME)
@@ -125,6 +134,21 @@ void requireSupported(int sampleRate, int channelCount)
                             " channels is not supported");
 }
 
+/// Has FFmpeg refuse to take more memory in one piece than a file of `size` bytes can
+/// need: a few bytes may claim a header of gigabytes. Counted by the largest file so
+/// far, for the limit is one for the whole process.
+void limitMemory(std::int64_t size)
+{
+    static std::atomic<std::int64_t> largest = 0;
+    std::int64_t known = largest.load();
+    while (known < size && !largest.compare_exchange_weak(known, size)) {
+    }
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    const std::int64_t bytes = std::min(std::max(known, size), most / memoryForOneByte);
+    av_max_alloc(
+        static_cast<std::size_t>(std::min(memoryForAnyFile + bytes * memoryForOneByte, most)));
+}
+
 /// Takes back what the demuxer asks the decoder to drop at the beginning and the end.
 void askToDropNothing(AVPacket &packet)
 {
@@ -147,6 +171,7 @@ FFmpegStream::FFmpegStream(FileInput &input)
     : input_(input), packet_(checkAllocated(av_packet_alloc())),
       frame_(checkAllocated(av_frame_alloc()))
 {
+    limitMemory(input_.size());
     input_.allow(operationTime);
     openContainer();
     openDecoder();

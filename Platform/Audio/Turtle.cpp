@@ -122,7 +122,9 @@ bool readTurtle(const std::string &text, const std::string &folder,
 
 std::optional<std::string> pathOfFileLocation(std::string_view location)
 {
-    const std::string text(location);
+    std::string text(location);
+    // Serd steps over a cut escape as over a whole one, past the text's end.
+    text.append(2, '\0');
     const std::unique_ptr<std::uint8_t, decltype(&serd_free)> path(
         serd_file_uri_parse(bytesOf(text.c_str()), nullptr), &serd_free);
     if (!path)

@@ -11,9 +11,13 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <future>
+#include <optional>
 #include <thread>
+#include <utility>
 
 #include <pthread.h>
 
@@ -639,6 +643,49 @@ TEST_F(AUEnginePlayerTest, MayGoWhilePlaying)
     linesOfMainQueue();
     EXPECT_TRUE(gone.expired());
     engine->stop();
+}
+
+/// Has a file loaded by another thread in the middle of taking the effect out.
+class InterruptedPlayer : public OpenEnginePlayer
+{
+public:
+    using OpenEnginePlayer::OpenEnginePlayer;
+
+    void loadWhileResetting(const URL &url) { url_ = url; }
+    /// Waits until the file is loaded.
+    void finishLoading() { loading_.get(); }
+
+    void resetAudioLoop() override
+    {
+        OpenEnginePlayer::resetAudioLoop();
+        if (!url_)
+            return;
+        loading_ = std::async(std::launch::async,
+                              [this, url = *std::exchange(url_, std::nullopt)] { load(url); });
+        // Time to do harm; who is kept waiting takes all of it.
+        loading_.wait_for(std::chrono::milliseconds(300));
+    }
+
+private:
+    std::optional<URL> url_;
+    std::future<void> loading_;
+};
+
+TEST_F(AUEnginePlayerTest, AFileThatIsLoadedWhileTheEffectGoesIsHeard)
+{
+    const auto interrupted = std::make_shared<InterruptedPlayer>(engine);
+    player = interrupted;
+    loadQuietly(3);
+    linesOf([&] {
+        player->connect(gainUnit(0.5F));
+        interrupted->start();
+        interrupted->loadWhileResetting(urlOf(5));
+        interrupted->disconnect();
+        interrupted->finishLoading();
+    });
+    render(2 * fileFrames);
+    EXPECT_THAT(render(fileFrames), Each(FloatEq(valueOf(5))));
+    EXPECT_FALSE(unit->renderResourcesAllocated());
 }
 
 TEST_F(AUEnginePlayerTest, TransportAndConnectionsMayComeFromDifferentThreads)

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <sys/resource.h>
@@ -207,6 +208,19 @@ TEST_F(BadInput, ThatClaimsMoreSamplesThanBytesIsRefusedBeforeItCostsMemory)
     Bytes fragments = sound("-movflags frag_keyframe+empty_moov");
     put32(fragments, find(fragments, "trun") + 8, 150'000'000);
     EXPECT_EQ(faultOf(fragments), "The file is damaged: its tables claim more than it can hold");
+    EXPECT_LT(peakMegabytes() - before, 300);
+}
+
+TEST_F(BadInput, ThatClaimsAHeaderOfGigabytesIsRefusedBeforeItCostsMemory)
+{
+    const long before = peakMegabytes();
+    Bytes bytes = wave(44'100, 1, 1'000);
+    // Little-endian: 1,920,204,816 bytes.
+    const std::size_t size = find(bytes, "fmt ") + 4;
+    const std::array<std::uint8_t, 4> claimed = {0x10, 0x00, 0x74, 0x72};
+    std::copy(claimed.begin(), claimed.end(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
+    writeBytes(path("header.wav"), bytes);
+    EXPECT_EQ(fault("header.wav"), "The file is damaged: it asks for more memory than it can need");
     EXPECT_LT(peakMegabytes() - before, 300);
 }
 

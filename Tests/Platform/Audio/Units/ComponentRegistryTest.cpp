@@ -196,6 +196,18 @@ TEST_F(ComponentRegistry, PassesOverBrokenManifests)
     EXPECT_THAT(complaints(), HasSubstr("a.lv2 is passed over"));
 }
 
+TEST_F(ComponentRegistry, IsNotMisledByCutEscapesInLocations)
+{
+    const std::string plugin = manifest("urn:test:own", key);
+    for (const char *location : {"file:///%", "file:///none%2", "file:///%%", "file://", "file:"}) {
+        addManifest("own.lv2", plugin +
+                                   "<urn:test:own> <http://www.w3.org/2000/01/rdf-schema#"
+                                   "seeAlso> <" +
+                                   location + "> .\n");
+        EXPECT_THAT(found(), ElementsAre("urn:test:own")) << location;
+    }
+}
+
 TEST_F(ComponentRegistry, IgnoresWhatIsNoManifest)
 {
     std::filesystem::create_directories(folder() / "folder.lv2" / "manifest.ttl");

@@ -4,6 +4,7 @@
 #include <lv2/worker/worker.h>
 
 #include <atomic>
+#include <iterator>
 
 namespace
 {
@@ -11,7 +12,8 @@ namespace
 /// Asks for work as often in a block as port 0 says, and tells in the samples of
 /// port 1 what became of it: requests accepted, requests refused for want of
 /// room, answers, ends of runs, times that two pieces of work ran side by side,
-/// and answers to work that was asked for in `restore`.
+/// answers to work that was asked for in `restore`, and answers for which there was
+/// no room.
 class Worker
 {
 public:
@@ -36,8 +38,9 @@ public:
             else
                 ++refused_;
         }
-        const int values[] = {accepted_, refused_, answers_, ends_, overlaps_, restoreAnswers_};
-        for (std::uint32_t i = 0; i < frames && i < 6; ++i)
+        const int values[] = {accepted_, refused_,        answers_,    ends_,
+                              overlaps_, restoreAnswers_, lostAnswers_};
+        for (std::uint32_t i = 0; i < frames && i < std::size(values); ++i)
             report_[i] = static_cast<float>(values[i]);
     }
 
@@ -59,6 +62,8 @@ private:
         if (self.working_.exchange(true))
             ++self.overlaps_;
         const LV2_Worker_Status status = respond(responder, size, data);
+        if (status != LV2_WORKER_SUCCESS)
+            ++self.lostAnswers_;
         self.working_.store(false);
         return status;
     }
@@ -105,6 +110,7 @@ private:
     int restoreAnswers_ = 0;
     int ends_ = 0;
     std::atomic<int> overlaps_{0};
+    std::atomic<int> lostAnswers_{0};
     std::atomic<bool> working_{false};
 };
 
