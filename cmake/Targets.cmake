@@ -26,9 +26,11 @@ target_compile_options(parvane_settings INTERFACE
     # bits with every compiler.
     -ffp-contract=off)
 if(PARVANE_COVERAGE)
-    # A static library has no end of its own to write counters at.
+    # Compiled by itself: a C source in a target would have its precompiled header in C
+    # as well. A static library has no end of its own to write counters at.
+    add_library(coverage_dump OBJECT "${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c")
     target_sources(parvane_settings INTERFACE
-        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:${CMAKE_SOURCE_DIR}/cmake/CoverageDump.c>")
+        "$<$<IN_LIST:$<TARGET_PROPERTY:TYPE>,EXECUTABLE;MODULE_LIBRARY>:$<TARGET_OBJECTS:coverage_dump>>")
     target_link_options(parvane_settings INTERFACE "LINKER:--wrap=abort,--wrap=_exit")
 endif()
 if(PARVANE_SANITIZE)
@@ -64,6 +66,13 @@ function(parvane_module name)
     install(TARGETS ${name} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/parvane-host")
 endfunction()
 
+# parvane_build_path(TARGET VARIABLE)
+# Where a target's file is from the build's root, for tests (Tests/Utilities/Places.hpp).
+function(parvane_build_path target variable)
+    set(${variable} "$<PATH:RELATIVE_PATH,$<TARGET_FILE:${target}>,${CMAKE_BINARY_DIR}>"
+        PARENT_SCOPE)
+endfunction()
+
 # parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TOGETHER]
 #     [TIMEOUT seconds])
 # A GoogleTest program; each of its tests becomes a test of CTest. TOGETHER makes one of
@@ -74,9 +83,8 @@ function(parvane_test name)
         set(ARG_TIMEOUT 120)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} GTest::gmock
-        GTest::gtest_main)
-    target_compile_definitions(${name} PRIVATE TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(${name} PRIVATE parvane_settings ${ARG_LIBRARIES} test_places
+        GTest::gmock GTest::gtest_main)
     # Lines and names are enough for a trace of a test; the rest takes a quarter of the
     # time to compile.
     target_compile_options(${name} PRIVATE -g1)

@@ -1,5 +1,6 @@
 #include "Animation/Animator.hpp"
 #include "Animation/Inspection.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +33,7 @@ struct Row {
 
 void forEachRow(const std::function<void(const Row &)> &look)
 {
-    const std::string command = "python3 '" TEST_DATA_DIR "/curves.py'";
+    const std::string command = "python3 '" + test::sourcePath("Tests/Animation/curves.py") + "'";
     const std::unique_ptr<FILE, int (*)(FILE *)> table(popen(command.c_str(), "r"), pclose);
     ASSERT_NE(table, nullptr);
     Row row;

@@ -1,5 +1,6 @@
 #include "Animation/Gallery/Drawing.hpp"
 #include "Animation/Gallery/Recording.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -53,7 +54,7 @@ TEST(Gallery, RecordsWhatTheContainersDo)
 TEST(Gallery, ThePictureInTheReadmeIsTheOneThatItDraws)
 {
     EXPECT_TRUE(drawCurves(recordCurves(100)) ==
-                contents(TEST_DATA_DIR "/../../Documentation/Pictures/curves.svg"))
+                contents(test::sourcePath("Documentation/Pictures/curves.svg")))
         << "draw it again: parvane-curves";
 }
 

@@ -6,6 +6,7 @@
 #include "Tests/Conformance/ChosenComponents.hpp"
 #include "Tests/Utilities/Channels.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/RealtimeProbe.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "Tests/Utilities/WatchedDevice.hpp"
@@ -66,7 +67,8 @@ TEST(RealtimeSafety, HoldsWithEveryPluginOfTheSample)
     const auto file = std::make_shared<AVAudioFile>(
         test::writeWave(folder.path() / "noise.wav", test::noise(2, 480000), 48000));
     for (const AVAudioUnitComponent &component :
-         conformance::chosenComponents(conformance::listedPlugins(SAMPLE_LIST))) {
+         conformance::chosenComponents(conformance::listedPlugins(
+             test::sourcePath("Tests/Conformance/Plug-ins/sample.txt")))) {
         SCOPED_TRACE(component.pluginURI());
         WatchedDevice::Findings findings;
         play(component, file, findings);

@@ -1,5 +1,5 @@
 """Drives the program as a person would: on a display, a message bus and a home
-folder of its own, with its sound going to a file. Run under dbus-run-session."""
+folder of its own, with its sound going to a file. To be run by `session`."""
 
 import array
 import contextlib

@@ -1,4 +1,5 @@
 #include "MIDI/MIDIConstants.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -137,7 +138,7 @@ TEST(MIDIConstants, HaveTheirValues)
 
 TEST(MIDIConstants, AreAllThatTheHeaderDeclares)
 {
-    std::ifstream header(MIDI_CONSTANTS_HEADER);
+    std::ifstream header(test::sourcePath("MIDI/MIDIConstants.hpp"));
     const std::string text{std::istreambuf_iterator<char>(header), {}};
     const std::regex declaration(R"(\ninline constexpr std::uint8_t (\w+) = \w+;)");
     std::vector<std::string> declared;

@@ -8,6 +8,7 @@
 #include "Tests/Resources/LoopFile.hpp"
 #include "Tests/Resources/Measuring.hpp"
 #include "Tests/Utilities/Bytes.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -23,9 +24,14 @@ namespace
 using namespace demonstration_loops;
 namespace fs = std::filesystem;
 
+fs::path loopFolder()
+{
+    return test::buildPath("share/parvane-host");
+}
+
 fs::path pathOf(std::size_t number)
 {
-    return fs::path(LOOP_DIR) / (std::to_string(number) + ".m4a");
+    return loopFolder() / (std::to_string(number) + ".m4a");
 }
 
 const std::vector<LoopFile> &files()
@@ -53,7 +59,7 @@ const std::vector<LoopFeatures> &features()
 TEST(LoopFileTests, ThereAreExactlyEightyNumberedFromOne)
 {
     std::set<std::string> names;
-    for (const auto &entry : fs::directory_iterator(LOOP_DIR))
+    for (const auto &entry : fs::directory_iterator(loopFolder()))
         if (entry.path().extension() == ".m4a")
             names.insert(entry.path().filename().string());
     std::set<std::string> expected;

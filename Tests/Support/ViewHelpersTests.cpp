@@ -2,6 +2,7 @@
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Utilities/HTTPServer.hpp"
 #include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/PrintedLines.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
@@ -282,8 +283,8 @@ TEST_F(GetImage, IgnoresOtherAnswers)
 
 TEST_F(GetImage, IgnoresAFile)
 {
-    getImageFromURLString(*view,
-                          URL::fileURLWithPath(TEST_DATA_DIR "/CMakeLists.txt").absoluteString());
+    getImageFromURLString(
+        *view, URL::fileURLWithPath(test::sourcePath("CMakeLists.txt")).absoluteString());
     waitForAll(0);
     EXPECT_THAT(printed.lines(), ElementsAre(fetched)) << "That is of the last one.";
     EXPECT_EQ(view->image(), former);

@@ -5,6 +5,7 @@
 #include "Tests/Utilities/HTTPServer.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 #include "Tests/Utilities/PDFDocument.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/PrintedLines.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 #include "User Interface/HelpViewController.hpp"
@@ -53,7 +54,7 @@ class HelpResources
 public:
     HelpResources()
     {
-        std::filesystem::copy(RESOURCE_DIRECTORY "/Help.ui", folder_.path());
+        std::filesystem::copy(test::buildPath("share/parvane-host/Help.ui"), folder_.path());
         std::ofstream(path("manual.pdf")) << test::pdfDocument("The Manual");
         std::ofstream(path("help.html")) << "<!DOCTYPE html><title>Help</title>Read this.";
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(folder_.path().string())));
@@ -332,7 +333,8 @@ protected:
     {
         startInterface();
         const auto controller = std::make_shared<OpenHelp>(
-            "Help", std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
+            "Help",
+            std::make_shared<Bundle>(URL::fileURLWithPath(test::buildPath("share/parvane-host"))));
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath("/nonexistent")));
         controller->loadViewIfNeeded();
         return controller;

@@ -11,6 +11,7 @@
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/MainThread.hpp"
 #include "Tests/Utilities/PDFDocument.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/PrintedLines.hpp"
 #include "Tests/Utilities/ScriptedUnit.hpp"
 #include "Tests/Utilities/StandInEffect.hpp"
@@ -41,6 +42,12 @@ const std::string loaded = "WARNING: Audio unit is nil (yet?).";
 const std::string loadingInterface = "ViewController: Loading the audio unit's interface...";
 const std::string noView =
     "ERROR: Something is wrong with the view controller and view of the audio unit.";
+
+/// Those of this build.
+std::string builtResources()
+{
+    return test::buildPath("share/parvane-host");
+}
 
 /// A file manager whose documents are where a test wants them.
 class OtherDocuments : public FileManager
@@ -152,7 +159,7 @@ class ViewControllerTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
+        Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(builtResources())));
     }
 
     void TearDown() override
@@ -248,7 +255,7 @@ TEST_F(ViewControllerTest, TellsOfItsLoadingLineByLine)
     EXPECT_THAT(lines,
                 Contains("ViewController: The app's documents path is: /home/someone/Documents"));
     EXPECT_THAT(lines,
-                Contains("ViewController: The app's resources path is: " RESOURCE_DIRECTORY));
+                Contains("ViewController: The app's resources path is: " + builtResources()));
     EXPECT_THAT(lines, IsSupersetOf({loadingInterface, noView}));
 }
 
@@ -260,7 +267,7 @@ TEST_F(ViewControllerTest, FindsTheResourcesWithoutADocumentsFolder)
     load();
     EXPECT_TRUE(printed.contains("ViewController: Documents directory is nil."));
     EXPECT_TRUE(
-        printed.contains("ViewController: The app's resources path is: " RESOURCE_DIRECTORY));
+        printed.contains("ViewController: The app's resources path is: " + builtResources()));
 }
 
 TEST_F(ViewControllerTest, TellsOfMissingResources)
@@ -316,7 +323,7 @@ TEST_F(ViewControllerTest, OnlyTellsWhenTheViewComesAfterItsEnd)
 /// Resources with loops as short as this test.
 void fillWithLoops(const std::filesystem::path &folder)
 {
-    std::filesystem::copy(RESOURCE_DIRECTORY "/Main.ui", folder / "Main.ui");
+    std::filesystem::copy(builtResources() + "/Main.ui", folder / "Main.ui");
     test::writeWave(folder / "1.m4a", test::sine(2, 4800, 440, 48000), 48000);
     for (int number = 2; number <= 80; ++number)
         std::filesystem::create_hard_link(folder / "1.m4a",
@@ -345,8 +352,7 @@ protected:
     void SetUp() override
     {
         for (const char *name : {"Main.ui", "Help.ui"})
-            std::filesystem::copy(std::filesystem::path(RESOURCE_DIRECTORY) / name,
-                                  resources.path());
+            std::filesystem::copy(std::filesystem::path(builtResources()) / name, resources.path());
         std::ofstream(resources.path() / "manual.pdf") << test::pdfDocument("The Manual");
         Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(resources.path().string())));
         open = std::make_shared<OpenViewController>("Main", nullptr);
@@ -654,7 +660,7 @@ void loadWithout(const std::function<void(ViewController &)> &forget)
     };
     dup2(STDERR_FILENO, STDOUT_FILENO);
     startInterface();
-    Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY)));
+    Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(builtResources())));
     std::make_shared<Incomplete>(Bundle::main(), forget)->loadViewIfNeeded();
 }
 
@@ -691,7 +697,7 @@ TEST_F(ViewControllerDeathTest, NeedsAListOfDocumentsFolders)
     const auto load = [] {
         startInterface();
         FileManager::setDefaultManager(std::make_shared<OtherDocuments>(std::vector<URL>{}));
-        const auto bundle = std::make_shared<Bundle>(URL::fileURLWithPath(RESOURCE_DIRECTORY));
+        const auto bundle = std::make_shared<Bundle>(URL::fileURLWithPath(builtResources()));
         std::make_shared<ViewController>("Main", bundle)->loadViewIfNeeded();
     };
     EXPECT_DEATH(load(), "Fatal error: Index out of range");

@@ -1,11 +1,12 @@
 #include "Tests/Utilities/StandInEffect.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <future>
 
 namespace test
 {
 
-StandInEffect::StandInEffect() : path_("LV2_PATH", EFFECT_FOLDER) {}
+StandInEffect::StandInEffect() : path_("LV2_PATH", test::buildPath("lib/lv2")) {}
 
 std::shared_ptr<AVAudioUnit> StandInEffect::instantiate() const
 {

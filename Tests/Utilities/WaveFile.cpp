@@ -45,10 +45,13 @@ URL writeWave(const std::filesystem::path &path, const Channels &channels, std::
     std::string bytes =
         waveHeader(WaveSamples::float32, rate, static_cast<std::uint32_t>(channels.size()),
                    static_cast<std::uint32_t>(frames));
-    bytes.reserve(bytes.size() + frames * channels.size() * sizeof(float));
-    for (std::size_t frame = 0; frame < frames; ++frame)
-        for (const std::vector<float> &channel : channels)
-            put(bytes, std::bit_cast<std::uint32_t>(channel[frame]), 4);
+    // The file's order of bytes.
+    static_assert(std::endian::native == std::endian::little);
+    std::vector<float> samples(frames * channels.size());
+    for (std::size_t channel = 0; channel < channels.size(); ++channel)
+        for (std::size_t frame = 0; frame < frames; ++frame)
+            samples[frame * channels.size() + channel] = channels[channel][frame];
+    bytes.append(reinterpret_cast<const char *>(samples.data()), samples.size() * sizeof(float));
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!file.flush())

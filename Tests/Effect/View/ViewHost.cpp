@@ -1,4 +1,5 @@
 #include "Tests/Effect/View/ViewHost.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -76,7 +77,7 @@ void ViewHost::CloseLibrary::operator()(void *library) const
 
 ViewHost::ViewHost()
     : resize_{this, resize}, touch_{this, touch}, display_(XOpenDisplay(nullptr)),
-      library_(dlopen(VIEW_FILE, RTLD_NOW | RTLD_LOCAL))
+      library_(dlopen(test::buildPath(VIEW_FILE).c_str(), RTLD_NOW | RTLD_LOCAL))
 {
     const auto entry =
         reinterpret_cast<LV2UI_DescriptorFunction>(dlsym(library_.get(), "lv2ui_descriptor"));

@@ -4,6 +4,7 @@
 #include "Tests/Platform/Effect View/ShownView.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
 #include "Tests/Utilities/MainThread.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <fmt/format.h>
 #include <gtkmm/adjustment.h>
@@ -162,7 +163,7 @@ protected:
         return unit->render({&in, &out, 64, 0}) ? output.back() : -1.0F;
     }
 
-    const test::EnvironmentVariable path{"LV2_PATH", TEST_LV2_BUNDLES};
+    const test::EnvironmentVariable path{"LV2_PATH", test::buildPath(TEST_LV2_BUNDLES)};
     std::optional<RemoteAudioUnit> unit;
     std::optional<test::ShownView> shown;
 };

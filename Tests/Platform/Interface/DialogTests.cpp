@@ -3,6 +3,7 @@
 #include "Tests/Platform/Interface/Dialogs.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/LeakCheck.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -170,7 +171,8 @@ protected:
 
 TEST_F(Picker, HandsOverTheFolder)
 {
-    const auto folder = std::filesystem::canonical(TEST_DATA_DIR "/Bundle").string();
+    const auto folder =
+        std::filesystem::canonical(test::sourcePath("Tests/Platform/Interface/Bundle")).string();
     present(false);
     choose(folder);
     ASSERT_TRUE(shows([&] { return !picked->paths.empty(); }));

@@ -5,6 +5,7 @@
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
 #include "Tests/Platform/Interface/ShownScreen.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,7 +23,8 @@ namespace
 
 std::shared_ptr<Bundle> testBundle()
 {
-    return std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle"));
+    return std::make_shared<Bundle>(
+        URL::fileURLWithPath(test::sourcePath("Tests/Platform/Interface/Bundle")));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "Platform/Interface/Widget.hpp"
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gtkmm/button.h>
 
@@ -17,7 +18,8 @@ namespace
 
 std::shared_ptr<Bundle> testBundle()
 {
-    return std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle"));
+    return std::make_shared<Bundle>(
+        URL::fileURLWithPath(test::sourcePath("Tests/Platform/Interface/Bundle")));
 }
 
 } // namespace

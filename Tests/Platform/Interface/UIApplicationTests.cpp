@@ -4,6 +4,7 @@
 #include "Platform/Interface/UIWindow.hpp"
 #include "Platform/Interface/Widget.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <glib.h>
 #include <gtkmm/window.h>
@@ -60,7 +61,8 @@ void runProgram(std::function<void(UIWindow &)> end)
     ending = std::move(end);
     std::at_quick_exit(stopDevice);
     NSStringFromClass<Recorder>();
-    Bundle::setMain(std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle")));
+    Bundle::setMain(std::make_shared<Bundle>(
+        URL::fileURLWithPath(test::sourcePath("Tests/Platform/Interface/Bundle"))));
     UIApplicationMain(0, nullptr, std::nullopt, NSStringFromClass<TellingDelegate>());
 }
 

@@ -4,6 +4,7 @@
 #include "Tests/Platform/Interface/Display.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
 #include "Tests/Platform/Interface/ShownScreen.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
@@ -225,8 +226,8 @@ protected:
     {
         NSStringFromClass<Recorder>();
         controller = std::dynamic_pointer_cast<Recorder>(
-            UIStoryboard("Places",
-                         std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle")))
+            UIStoryboard("Places", std::make_shared<Bundle>(URL::fileURLWithPath(
+                                       test::sourcePath("Tests/Platform/Interface/Bundle"))))
                 .instantiateInitialViewController());
         screen = std::make_unique<ShownScreen>(controller);
     }

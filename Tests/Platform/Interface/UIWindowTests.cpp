@@ -2,6 +2,7 @@
 #include "Platform/Interface/Widget.hpp"
 #include "Tests/Platform/Interface/Recorder.hpp"
 #include "Tests/Platform/Interface/ShownScreen.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gtkmm/window.h>
 
@@ -16,7 +17,8 @@ namespace
 
 std::shared_ptr<Recorder> makeController()
 {
-    const auto bundle = std::make_shared<Bundle>(URL::fileURLWithPath(TEST_DATA_DIR "/Bundle"));
+    const auto bundle = std::make_shared<Bundle>(
+        URL::fileURLWithPath(test::sourcePath("Tests/Platform/Interface/Bundle")));
     return std::make_shared<Recorder>("Recorder", bundle);
 }
 

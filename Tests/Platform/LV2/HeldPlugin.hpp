@@ -2,6 +2,7 @@
 
 #include "Platform/LV2/Instance.hpp"
 #include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <cstdint>
 #include <filesystem>
@@ -15,7 +16,7 @@ namespace testsupport
 
 inline std::vector<std::string> ownBundle(const std::string &name)
 {
-    return {std::string(TEST_LV2_BUNDLES "/") + name + ".lv2"};
+    return {test::buildPath(TEST_LV2_BUNDLES "/" + name + ".lv2")};
 }
 
 /// Bundles of Debian's packages; tests are skipped where they are missing.

@@ -95,6 +95,21 @@ TEST(State, LoadsPresets)
     EXPECT_FALSE(held.instance.loadState("urn:test:no-such-preset"));
 }
 
+TEST(State, TakesNumbersOfAnyKindForPorts)
+{
+    HeldPlugin held("urn:test:state:default", ownBundle("state"));
+    const auto valueAfter = [&held](const std::string &kind) {
+        EXPECT_TRUE(held.instance.loadState("urn:test:state:default:" + kind)) << kind;
+        return held.run()[value];
+    };
+    EXPECT_EQ(valueAfter("integer"), 12.0F);
+    EXPECT_EQ(valueAfter("long"), 13.0F);
+    EXPECT_EQ(valueAfter("double"), 14.5F);
+    EXPECT_EQ(valueAfter("boolean"), 1.0F);
+    // What is no number changes nothing.
+    EXPECT_EQ(valueAfter("text"), 1.0F);
+}
+
 TEST(State, NeverRestoresDuringARun)
 {
     HeldPlugin held("urn:test:state", ownBundle("state"));

@@ -4,6 +4,7 @@
 #include "Platform/Foundation/DispatchQueue.hpp"
 #include "Tests/Utilities/Channels.hpp"
 #include "Tests/Utilities/OfflineRenderer.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,8 @@ class DemonstrationLoopTest : public testing::TestWithParam<int>
 protected:
     std::shared_ptr<AVAudioFile> open() const
     {
-        const std::string path = PARVANE_RESOURCE_DIR "/" + std::to_string(GetParam()) + ".m4a";
+        const std::string path =
+            test::buildPath("share/parvane-host/" + std::to_string(GetParam()) + ".m4a");
         return std::make_shared<AVAudioFile>(URL::fileURLWithPath(path));
     }
 };

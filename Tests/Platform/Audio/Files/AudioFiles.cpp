@@ -52,9 +52,15 @@ Samples readFrames(AVAudioFile &file, std::int64_t count, std::uint32_t step)
         file.read(buffer, static_cast<std::uint32_t>(std::min<std::int64_t>(count, step)));
         if (buffer.frameLength() == 0)
             break;
-        for (std::uint32_t frame = 0; frame < buffer.frameLength(); ++frame)
-            for (std::uint32_t channel = 0; channel < buffer.format().channelCount(); ++channel)
-                samples.push_back(buffer.floatChannelData()[channel][frame]);
+        const std::uint32_t channels = buffer.format().channelCount();
+        const std::size_t begin = samples.size();
+        samples.resize(begin + std::size_t{buffer.frameLength()} * channels);
+        float *const block = samples.data() + begin;
+        for (std::uint32_t channel = 0; channel < channels; ++channel) {
+            const float *const from = buffer.floatChannelData()[channel];
+            for (std::size_t frame = 0; frame < buffer.frameLength(); ++frame)
+                block[frame * channels + channel] = from[frame];
+        }
         count -= buffer.frameLength();
     }
     return samples;

@@ -1,4 +1,5 @@
 #include "Tests/Platform/Audio/Files/AudioFiles.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <array>
 #include <cstdio>
@@ -43,15 +44,15 @@ TEST_F(AudioFiles, AreFoundFromAnInstallationAnywhere)
 {
     encode("sound.wav", 44'100, 1, 100, "-c:a pcm_s16le");
     filesystem::create_directories(path("bin"));
-    filesystem::copy(OPEN_FILE, path("bin"));
+    filesystem::copy(test::buildPath(OPEN_FILE), path("bin"));
     const std::string command = path("bin/open-file") + " " + path("sound.wav") + " 2>&1";
     const std::string error = outputOf(command);
     EXPECT_EQ(error.find("The module that reads audio files cannot be loaded: "), 0U) << error;
     EXPECT_NE(error.find(path("")), std::string::npos) << error;
 
     filesystem::create_directories(path("lib"));
-    filesystem::copy(filesystem::path(OPEN_FILE).parent_path().parent_path() / "lib/parvane-host",
-                     path("lib/parvane-host"), filesystem::copy_options::recursive);
+    filesystem::copy(test::buildPath("lib/parvane-host"), path("lib/parvane-host"),
+                     filesystem::copy_options::recursive);
     EXPECT_EQ(outputOf(command), "100\n");
 }
 

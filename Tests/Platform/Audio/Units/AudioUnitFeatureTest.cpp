@@ -3,6 +3,7 @@
 #include "AudioUnitFixture.hpp"
 
 #include "Tests/Utilities/Channels.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 
@@ -466,7 +467,7 @@ TEST_P(AudioUnitFeatureTest, IsNotHurtByOtherBundles)
 
 TEST_P(AudioUnitFeatureTest, LoadsAPluginWhoseDataGoesInCircles)
 {
-    const std::string binary = TEST_LV2_BUNDLES "/amplifier.lv2/amplifier.so";
+    const std::string binary = test::buildPath(TEST_LV2_BUNDLES "/amplifier.lv2/amplifier.so");
     addManifest("amplifier.lv2", "@prefix lv2: <http://lv2plug.in/ns/lv2core#> .\n"
                                  "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
                                  "<urn:test:mono> a lv2:Plugin ; lv2:binary <file://" +

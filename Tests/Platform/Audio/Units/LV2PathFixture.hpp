@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,7 @@ protected:
     void link(const std::string &bundle) const
     {
         std::filesystem::create_directory_symlink(
-            std::string(TEST_LV2_BUNDLES "/") + bundle + ".lv2", folder() / (bundle + ".lv2"));
+            test::buildPath(TEST_LV2_BUNDLES "/" + bundle + ".lv2"), folder() / (bundle + ".lv2"));
     }
 
     /// A manifest with one plug-in, registered under the words given.

@@ -7,6 +7,7 @@
 #include "Platform/Effect Process/EffectProcess.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Print.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <array>
 #include <atomic>
@@ -114,7 +115,8 @@ int main(int count, char **arguments)
     // Not destroyed at any end but a regular one, like those of a program.
     EffectProcess::Limits limits;
     limits.request = milliseconds(3000);
-    EffectProcess effect(EFFECT_PROGRAM, {arguments[2], {SABOTAGE_LV2_FOLDER "/sabotage.lv2"}},
+    EffectProcess effect(test::buildPath(EFFECT_PROGRAM),
+                         {arguments[2], {test::buildPath(SABOTAGE_LV2_FOLDER "/sabotage.lv2")}},
                          limits);
     effect.prepare(48000.0, frames);
     // Until it hangs, if it is one that does.

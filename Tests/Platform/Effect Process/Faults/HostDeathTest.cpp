@@ -3,6 +3,7 @@
 #include "SabotageFixture.hpp"
 
 #include "Platform/Effect Process/EffectProcess.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <array>
 #include <csignal>
@@ -57,7 +58,7 @@ class DyingHost
 public:
     DyingHost(std::string way, std::string plugin)
     {
-        std::string program = DYING_HOST_PROGRAM;
+        std::string program = test::buildPath(DYING_HOST_PROGRAM);
         std::array<int, 2> toHost{};
         std::array<int, 2> fromHost{};
         EXPECT_EQ(::pipe2(toHost.data(), O_CLOEXEC), 0);
@@ -290,7 +291,7 @@ TEST_F(EffectIsolationTest, TheProgramDoesNothingByItself)
 {
     const ErrorLines errors;
     for (const char *third : {" 3</dev/null", " 3<&-"}) {
-        const int status = std::system((std::string(EFFECT_PROGRAM) + third).c_str());
+        const int status = std::system((test::buildPath(EFFECT_PROGRAM) + third).c_str());
         EXPECT_EQ(WEXITSTATUS(status), 2);
     }
     EXPECT_TRUE(errors.waitFor("parvane-effect is started by parvane-host", 1));

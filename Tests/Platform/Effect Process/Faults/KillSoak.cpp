@@ -8,6 +8,7 @@
 
 #include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <fmt/format.h>
@@ -214,7 +215,7 @@ private:
     const test::TemporaryFolder scratch_;
     const test::EnvironmentVariable folderVariable_{"SABOTAGE_FOLDER", folder_.path().string()};
     const test::EnvironmentVariable scratchVariable_{"TMPDIR", scratch_.path().string()};
-    const test::EnvironmentVariable pathVariable_{"LV2_PATH", SABOTAGE_LV2_FOLDER};
+    const test::EnvironmentVariable pathVariable_{"LV2_PATH", test::buildPath(SABOTAGE_LV2_FOLDER)};
     std::mt19937 random_{20240611};
     std::optional<Clock::time_point> killedAt_;
     std::vector<Clock::duration> silences_;

@@ -3,6 +3,7 @@
 #include "SabotageFixture.hpp"
 
 #include "Platform/Effect Process/EffectProcess.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <array>
 #include <thread>
@@ -27,7 +28,7 @@ protected:
         EffectProcess::Limits limits = shortLimits();
         limits.instantiation = milliseconds(1000 * slowness);
         limits.faults.faults = faults;
-        return std::make_unique<EffectProcess>(LYING_EFFECT_PROGRAM,
+        return std::make_unique<EffectProcess>(test::buildPath(LYING_EFFECT_PROGRAM),
                                                EffectProcess::Plugin{"urn:test:liar", {}}, limits);
     }
 

@@ -1,6 +1,7 @@
 // What an effect that failed is given back, and when it is given up.
 
 #include "SabotageFixture.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <csignal>
 #include <future>
@@ -179,7 +180,7 @@ TEST_F(RecoveryTest, SettingsThatItDoesNotSurviveAreLeftOut)
 TEST_F(RecoveryTest, AnEffectThatIsRemovedMeanwhileStaysSilentAndSaysWhy)
 {
     const test::TemporaryFolder installed;
-    std::filesystem::copy(SABOTAGE_LV2_FOLDER, installed.path(),
+    std::filesystem::copy(test::buildPath(SABOTAGE_LV2_FOLDER), installed.path(),
                           std::filesystem::copy_options::recursive);
     pathVariable.set(installed.path().string());
     const ErrorLines errors;
@@ -198,15 +199,17 @@ TEST_F(RecoveryTest, AProgramThatIsRemovedMeanwhileIsToldToo)
 {
     const ErrorLines errors;
     const std::string program = folder.path() / "program";
-    std::filesystem::create_symlink(EFFECT_PROGRAM, program);
-    EffectProcess bare(program, {uri("never", "none"), {SABOTAGE_LV2_FOLDER "/sabotage.lv2"}}, {});
+    std::filesystem::create_symlink(test::buildPath(EFFECT_PROGRAM), program);
+    EffectProcess bare(
+        program, {uri("never", "none"), {test::buildPath(SABOTAGE_LV2_FOLDER "/sabotage.lv2")}},
+        {});
     std::filesystem::remove(program);
     killEffect(bare);
     const auto why = errors.waitFor("cannot be started again: ");
     ASSERT_TRUE(why);
     EXPECT_THAT(why->text, testing::StartsWith(effect));
     EXPECT_FALSE(bare.isUp());
-    std::filesystem::create_symlink(EFFECT_PROGRAM, program);
+    std::filesystem::create_symlink(test::buildPath(EFFECT_PROGRAM), program);
     bare.restart();
     EXPECT_TRUE(eventually([&] { return bare.isUp(); }));
 }

@@ -9,6 +9,7 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/LV2/Instance.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 
@@ -32,7 +33,7 @@ protected:
         return std::make_shared<RemoteAudioUnit>(component);
     }
 
-    const test::EnvironmentVariable path{"LV2_PATH", TEST_LV2_BUNDLES};
+    const test::EnvironmentVariable path{"LV2_PATH", test::buildPath(TEST_LV2_BUNDLES)};
 };
 
 std::string nameOf(Place place)

@@ -9,6 +9,7 @@
 #include "Platform/Audio/RemoteAudioUnit.hpp"
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Tests/Utilities/EnvironmentVariable.hpp"
+#include "Tests/Utilities/Places.hpp"
 #include "Tests/Utilities/TemporaryFolder.hpp"
 
 #include <gmock/gmock.h>
@@ -90,6 +91,6 @@ protected:
     const SabotageFolder sabotage{folder.path()};
     const test::EnvironmentVariable folderVariable{"SABOTAGE_FOLDER", folder.path().string()};
     const test::EnvironmentVariable scratchVariable{"TMPDIR", scratch.path().string()};
-    const test::EnvironmentVariable pathVariable{"LV2_PATH", SABOTAGE_LV2_FOLDER};
+    const test::EnvironmentVariable pathVariable{"LV2_PATH", test::buildPath(SABOTAGE_LV2_FOLDER)};
     ProcessCensus before;
 };

@@ -4,6 +4,7 @@
 #include "Platform/Effect Process/LinkEvents.hpp"
 #include "Platform/Effect Process/LinkSlot.hpp"
 #include "Platform/LV2/HostedPlugin.hpp"
+#include "Tests/Utilities/Places.hpp"
 
 #include <gmock/gmock.h>
 
@@ -40,7 +41,7 @@ protected:
     void connect(const std::string &uri, const std::string &bundle)
     {
         plugin_ = std::make_unique<HostedPlugin>(
-            uri, std::vector<std::string>{TEST_LV2_BUNDLES "/" + bundle + ".lv2"},
+            uri, std::vector<std::string>{test::buildPath(TEST_LV2_BUNDLES "/" + bundle + ".lv2")},
             Instance::Settings{48000.0, blockFrames, true, std::nullopt});
         const LinkShape shape{plugin_->inputChannelCount(), plugin_->outputChannelCount(),
                               blockFrames,
@@ -150,7 +151,8 @@ TEST_F(Link, NeverTakesALateAnswerForANewBlock)
     EXPECT_GT(host_->overdue(), milliseconds(5));
 
     plugin_ = std::make_unique<HostedPlugin>(
-        "urn:test:mono", std::vector<std::string>{TEST_LV2_BUNDLES "/amplifier.lv2"},
+        "urn:test:mono",
+        std::vector<std::string>{test::buildPath(TEST_LV2_BUNDLES "/amplifier.lv2")},
         Instance::Settings{48000.0, blockFrames, true, std::nullopt});
     effect_ = std::make_unique<EffectEnd>(
         LinkMemory(FileDescriptor(::dup(host_->memory().descriptor())), shape), plugin_->instance(),
