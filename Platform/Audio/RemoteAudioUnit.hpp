@@ -56,6 +56,8 @@ public:
     std::uint32_t inputChannelCount() const override;
     std::uint32_t outputChannelCount() const override;
 
+    /// Live, an effect that is not ready soon (`Limits::preparation`) is silent until it
+    /// is, and not waited for.
     void allocateRenderResources(double sampleRate, std::uint32_t maximumFrames) override;
     void deallocateRenderResources() override;
     bool renderResourcesAllocated() const override;

@@ -112,14 +112,21 @@ EffectProcess::~EffectProcess()
 {
     LiveEffects::shared().remove(*this);
     view_->setRestart(nullptr);
+    const bool isPrepared = isPreparedWithin(milliseconds(0));
     {
         const Lock lock(mutex_);
         isEnding_ = true;
+        phaseChanged_.notify_all();
         slot_.clear();
         // It would not hear that it is to end.
         if (phase_ == Phase::starting && child_)
             child_->kill();
+        else if (!isPrepared)
+            fault(lock, "was still getting ready at its end; it was ended by force");
     }
+    requests_.loseAll();
+    if (preparation_.valid())
+        preparation_.wait();
     wakeSupervisor();
     supervisor_.join();
     view_->end();
@@ -196,36 +203,103 @@ void EffectProcess::setOffline(bool offline)
 
 void EffectProcess::prepare(double sampleRate, std::uint32_t maximumFrames)
 {
-    const Rendering rendering{sampleRate, maximumFrames};
-    Preparation preparation{sampleRate, maximumFrames, false, shape(maximumFrames)};
-    auto link = std::make_unique<HostEnd>(preparation.shape, *midi_);
+    const std::lock_guard oneAtATime(preparing_);
+    const auto wanted = std::make_shared<Preparing>();
+    wanted->rendering = {sampleRate, maximumFrames};
+    wanted->link = std::make_unique<HostEnd>(shape(maximumFrames), *midi_);
+    if (!beginPreparing(*wanted))
+        return; // the next start brings it about
+    // What has had its time already is not waited for once more.
+    const bool isBehindAnother = !isPreparedWithin(milliseconds(0));
+    preparation_ = std::async(std::launch::async, [this, wanted, before = std::move(preparation_)] {
+        pthread_setname_np(pthread_self(), "effect-prepare");
+        if (before.valid())
+            before.wait();
+        finishPreparing(*wanted);
+    });
+    if (wanted->isOffline)
+        preparation_.wait();
+    else if (!isPreparedWithin(isBehindAnother ? milliseconds(0) : limits_.preparation) &&
+             wanted->isWaitedFor.exchange(false))
+        return;
+    preparation_.get();
+}
+
+bool EffectProcess::beginPreparing(Preparing &preparing)
+{
+    const Lock lock(mutex_);
+    slot_.clear();
+    rendering_ = preparing.rendering;
+    preparing.number = ++preparations_;
+    preparing.isOffline = isOffline_;
+    return phase_ == Phase::up;
+}
+
+bool EffectProcess::isPreparedWithin(milliseconds patience) const
+{
+    if (!preparation_.valid())
+        return true;
+    LivedTime time(glanceInterval);
+    Clock::duration left = patience;
+    do {
+        const auto look = std::min<Clock::duration>(left, glanceInterval);
+        if (preparation_.wait_for(look) == std::future_status::ready)
+            return true;
+        left -= time.look();
+    } while (left > Clock::duration(0));
+    return false;
+}
+
+void EffectProcess::finishPreparing(Preparing &preparing)
+{
+    try {
+        askToPrepare(preparing);
+    } catch (const EffectFault &) {
+        // The next start brings it about.
+    } catch (const PlatformError &error) {
+        if (!giveUpPreparing(preparing))
+            return;
+        if (preparing.isWaitedFor.exchange(false))
+            throw;
+        printError(fmt::format("The effect '{}' cannot render: {}", name(), error.what()));
+    }
+}
+
+void EffectProcess::askToPrepare(Preparing &preparing)
+{
+    const auto [sampleRate, maximumFrames] = preparing.rendering;
+    const LinkMemory &memory = preparing.link->memory();
+    Preparation preparation{sampleRate, maximumFrames, false, memory.shape()};
     {
         const Lock lock(mutex_);
-        slot_.clear();
-        rendering_ = rendering;
+        if (preparing.number != preparations_)
+            return;
         preparation.isOffline = isOffline_;
-        if (phase_ != Phase::up)
-            return; // the next start brings it about
     }
-    try {
-        ask(MessageKind::prepare, MessageWriter::message(preparation), expectNothing,
-            link->memory().descriptor());
-    } catch (const EffectFault &) {
-        return; // as above
-    } catch (...) {
-        unprepare();
-        throw;
-    }
+    const auto answered = ask(MessageKind::prepare, MessageWriter::message(preparation),
+                              expectNothing, memory.descriptor());
     const Lock lock(mutex_);
-    // It may have failed since, and be up again with a link of its own.
-    if (phase_ == Phase::up && slot_.isEmpty() && rendering_ == rendering)
-        slot_.put(std::move(link), sampleRate);
+    // One that has failed since comes up again with a link of its own.
+    if (preparing.number == preparations_ && phase_ == Phase::up && socket_ == answered)
+        slot_.put(std::move(preparing.link), sampleRate);
+}
+
+/// Answers whether anybody still wanted it.
+bool EffectProcess::giveUpPreparing(const Preparing &preparing)
+{
+    const Lock lock(mutex_);
+    if (preparing.number != preparations_)
+        return false;
+    rendering_.reset();
+    slot_.clear();
+    return true;
 }
 
 void EffectProcess::unprepare()
 {
     const Lock lock(mutex_);
     rendering_.reset();
+    ++preparations_;
     slot_.clear();
 }
 
@@ -274,8 +348,8 @@ pid_t EffectProcess::processIdentifier() const
     return child_ ? child_->identifier() : -1;
 }
 
-void EffectProcess::ask(MessageKind kind, std::span<const std::byte> body, const Take &take,
-                        int descriptor)
+std::shared_ptr<MessageSocket> EffectProcess::ask(MessageKind kind, std::span<const std::byte> body,
+                                                  const Take &take, int descriptor)
 {
     const std::lock_guard oneAtATime(controlling_);
     const auto ticket = beginWhenUp();
@@ -294,6 +368,7 @@ void EffectProcess::ask(MessageKind kind, std::span<const std::byte> body, const
     }
     if (answer.kind == MessageKind::refusal)
         throw PlatformError(refusal);
+    return ticket->socket;
 }
 
 std::optional<EffectProcess::Ticket> EffectProcess::beginWhenUp()

@@ -10,11 +10,13 @@
 #include "Platform/Foundation/PlatformError.hpp"
 #include "Platform/Foundation/Realtime.hpp"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -53,6 +55,8 @@ public:
         /// For instantiating it and restoring its settings.
         std::chrono::milliseconds instantiation{30000};
         std::chrono::milliseconds work{30000}; ///< for a piece of a worker's work
+        /// For getting ready, before rendering that is bound to time begins without it.
+        std::chrono::milliseconds preparation{500};
         std::chrono::milliseconds ending{500}; ///< for its end, before it is killed
         FaultRecord::Limit faults;             ///< how often it may fail
     };
@@ -95,8 +99,10 @@ public:
 
     /// Makes ready to render blocks of up to `maximumFrames` frames at `sampleRate`
     /// Hz, also after another start. A `PlatformError` when the plug-in cannot run
-    /// so; an effect that is down or fails here is silent, and no error. Never while
-    /// `render` may run.
+    /// so; an effect that is down or fails here is silent, and no error. So is one that
+    /// takes longer than `Limits::preparation`, until it is ready: it is waited for
+    /// offline alone, and a refusal that comes later is told on standard error. Never
+    /// while `render` may run.
     void prepare(double sampleRate, std::uint32_t maximumFrames);
     /// Renders nothing from now on.
     void unprepare();
@@ -141,10 +147,25 @@ private:
         bool operator==(const Rendering &) const = default;
     };
 
+    /// A preparation that was asked for; its link is used once the effect has answered.
+    struct Preparing {
+        std::uint64_t number = 0; // of those that were asked for
+        Rendering rendering;
+        bool isOffline = false;
+        std::unique_ptr<HostEnd> link;
+        std::atomic<bool> isWaitedFor{true};
+    };
+
     // Control threads.
     using Take = std::function<void(std::span<const std::byte>)>;
-    void ask(MessageKind kind, std::span<const std::byte> body, const Take &take,
-             int descriptor = -1);
+    /// Answers with the connection over which the answer came.
+    std::shared_ptr<MessageSocket> ask(MessageKind kind, std::span<const std::byte> body,
+                                       const Take &take, int descriptor = -1);
+    bool beginPreparing(Preparing &preparing);
+    bool isPreparedWithin(std::chrono::milliseconds patience) const;
+    void finishPreparing(Preparing &preparing);
+    void askToPrepare(Preparing &preparing);
+    bool giveUpPreparing(const Preparing &preparing);
     struct Ticket {
         std::shared_ptr<MessageSocket> socket;
         std::uint64_t number;
@@ -194,6 +215,9 @@ private:
     Requests requests_;
 
     std::mutex controlling_; // one control operation after the other
+    std::mutex preparing_;   // one preparation after the other is asked for
+    // The last one, while it goes on although nobody waits.
+    std::future<void> preparation_;
     mutable std::mutex mutex_;
     std::condition_variable phaseChanged_;
     Phase phase_ = Phase::starting;
@@ -209,6 +233,7 @@ private:
     std::optional<std::string> contextName_;
     bool isOffline_ = false;
     std::optional<Rendering> rendering_;
+    std::uint64_t preparations_ = 0; // how often that was changed
     std::optional<lv2::State> settings_;
 
     std::unique_ptr<ChildProcess> child_;

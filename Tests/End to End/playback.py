@@ -7,6 +7,7 @@ import pathlib
 import re
 import signal
 import sys
+import time
 import unittest
 
 from program import DISK_DRIVER, LOADED, STARTING, STOPPING, EndToEndTest, wait_until
@@ -139,6 +140,20 @@ class Playback(EndToEndTest):
         program.wait_for(LOADED)
         program.type("ctrl+w")
         self.assertEqual(program.wait(), 0)
+        self.check_faults(program)
+
+    def test_starts_and_ends_while_the_effect_hangs(self):
+        program = self.start()
+        program.wait_for(LOADED)
+        program.button("Play")
+        effect = program.effect()
+        os.kill(effect, signal.SIGSTOP)
+        asked = time.monotonic()
+        program.type("ctrl+space")
+        program.wait_for(STARTING)
+        self.assertEqual(program.end_with(signal.SIGTERM), 0)
+        self.assertLess(time.monotonic() - asked, 15, "Something waited for the effect.")
+        wait_until(lambda: not pathlib.Path(f"/proc/{effect}").exists(), "end of the effect")
         self.check_faults(program)
 
     def test_goes_on_when_the_effect_dies(self):

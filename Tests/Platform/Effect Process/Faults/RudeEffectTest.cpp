@@ -3,6 +3,7 @@
 
 #include "ErrorLines.hpp"
 #include "PlayingHost.hpp"
+#include "ProcessCensus.hpp"
 
 #include "Platform/Audio/LocalAudioUnit.hpp"
 #include "Platform/Audio/RemoteAudioUnit.hpp"
@@ -14,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <csignal>
 #include <string>
 #include <tuple>
 
@@ -30,7 +32,10 @@ protected:
         const AVAudioUnitComponent component({}, uri);
         if (place == Place::thisProcess)
             return std::make_shared<LocalAudioUnit>(component);
-        return std::make_shared<RemoteAudioUnit>(component);
+        // Waited for until it is ready: what it does then is the same each time.
+        RemoteAudioUnit::Limits limits;
+        limits.preparation = limits.instantiation;
+        return std::make_shared<RemoteAudioUnit>(component, limits);
     }
 
     const test::EnvironmentVariable path{"LV2_PATH", test::buildPath(TEST_LV2_BUNDLES)};
@@ -186,5 +191,26 @@ INSTANTIATE_TEST_SUITE_P(Places, SulkingEffect,
                          [](const testing::TestParamInfo<Place> &place) {
                              return nameOf(place.param);
                          });
+
+class LateRefusal : public RudeEffect
+{
+};
+
+TEST_F(LateRefusal, IsToldOfAsWell)
+{
+    const ErrorLines errors;
+    const auto sulking =
+        std::make_shared<RemoteAudioUnit>(AVAudioUnitComponent({}, "urn:test:sulking"));
+    PlayingHost host(sulking, test::constant(2, 4800, 0.25F));
+    ASSERT_TRUE(host.sounds());
+    sendSignal(sulking->process().processIdentifier(), SIGSTOP);
+    host.useRate(192000.0);
+    sendSignal(sulking->process().processIdentifier(), SIGCONT);
+    EXPECT_TRUE(errors.waitFor("The effect 'Test Sulking' cannot render: "));
+    EXPECT_TRUE(host.goesOn());
+    host.useRate(48000.0);
+    EXPECT_TRUE(host.sounds());
+    EXPECT_EQ(errors.with("The effect '").size(), 1U);
+}
 
 } // namespace
