@@ -66,10 +66,10 @@ GROUPS = {
         "The animation kit",
         "The time of a step of each easing curve, with a callback that takes the value, for 1, "
         "1,000 and 100,000 animators: beside another toolkit's curve where that takes long to "
-        "compute, beside a plain function pointer elsewhere. The least of nine repetitions "
-        "counts; the row is the curve that comes out worst. Then what one of 100,000 costs "
-        "beside one of 1,000, and how late timers tick, while the machine is idle and while it "
-        "is busy.",
+        "compute, beside a plain function pointer elsewhere. All take turns within milliseconds; "
+        "the median of their ratios counts, and the row is the curve that comes out worst. Then "
+        "what one of 100,000 costs beside one of 1,000, and how late timers tick, in slices of a "
+        "second by turns, while the machine is idle and while it is busy.",
         ("libqt6core6", "libglib2.0-0")),
     "foundation": Group(
         "Queue and printing",
