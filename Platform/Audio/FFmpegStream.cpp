@@ -33,7 +33,7 @@ constexpr int mostLeadingBadPackets = 64;
 constexpr std::int64_t preroll = 8'192;
 constexpr std::chrono::seconds operationTime(10);
 /// What decoders and demuxers take in one piece, whatever the file holds.
-constexpr std::int64_t memoryForAnyFile = 16 * 1024 * 1024;
+constexpr std::int64_t memoryForAnyFile = std::int64_t{16} * 1024 * 1024;
 /// The most that a byte of a file can stand for: an entry of an index.
 constexpr std::int64_t memoryForOneByte = 32;
 
