@@ -115,8 +115,12 @@ private:
             ++sessions_.exact;
         else if (told > heard && told <= heard + unclear)
             ++sessions_.withinReadAhead;
-        else
+        else {
             ++sessions_.wrong;
+            std::cerr << "After " << changes_ << " changes: " << told << " loops told, " << heard
+                      << " heard, " << unclear << " unclear, " << calm_.standstills
+                      << " standstills so far\n";
+        }
         if (oneIn(2))
             std::this_thread::sleep_for(milliseconds(below(500)));
     }
@@ -173,7 +177,11 @@ private:
         const std::int64_t before = sounding;
         for (int moment = 0; moment < 15000 && sounding < before + 10; ++moment)
             std::this_thread::sleep_for(milliseconds(2));
-        return sounding >= before + 10;
+        const bool soundsAgain = sounding >= before + 10;
+        if (!soundsAgain)
+            std::cerr << "After " << changes_ << " changes, "
+                      << (host_.hasEffect() ? "with" : "without") << " effect: no sound\n";
+        return soundsAgain;
     }
 
     /// For a moment or some seconds; what is missed meanwhile nobody wanted.
