@@ -9,7 +9,6 @@ import unittest
 
 from program import LOADED, STARTING, EndToEndTest, wait_until
 
-MAGENTA = b"\xff\x00\xff"
 SITE = "https://qrvx.example/"
 CANNOT_BE_SHOWN = "This page cannot be shown."
 HAS_STOPPED = "This page has stopped working."
@@ -22,7 +21,7 @@ class Help(EndToEndTest):
         open_it()
         program.wait_for("ShowHelp", count=opened + 1)
         start = len(program.lines) - 1
-        wait_until(lambda: program.shows_colour(MAGENTA), "picture of the manual")
+        wait_until(program.shows_manual, "picture of the manual")
         program.drain()
         return [line for line in program.lines[start:]
                 if "looped" not in line and "MIDI event" not in line]
@@ -52,7 +51,7 @@ class Help(EndToEndTest):
         program.wait_for("looped", count=loops + 2)
         program.press("Back")
         program.button("Stop")
-        wait_until(lambda: not program.shows_colour(MAGENTA), "end of the manual")
+        wait_until(lambda: not program.shows_manual(), "end of the manual")
         self.end(program)
 
     def test_leaves_the_manual_by_keyboard_and_comes_back(self):
@@ -64,7 +63,7 @@ class Help(EndToEndTest):
             self.assertEqual(lines, self.manual_lines())
             program.type("Escape")
             program.button("Play")
-            wait_until(lambda: not program.shows_colour(MAGENTA), "end of the manual")
+            wait_until(lambda: not program.shows_manual(), "end of the manual")
         # The control that had the keyboard has it again.
         program.type("space")
         program.wait_for(STARTING)
@@ -104,7 +103,7 @@ class Help(EndToEndTest):
         loops = sum("looped" in line for line in program.lines)
         program.wait_for("looped", count=loops + 2)
         program.type("alt+l")  # the mnemonic of Load Again
-        wait_until(lambda: program.shows_colour(MAGENTA), "picture of the manual")
+        wait_until(program.shows_manual, "picture of the manual")
         program.press("Back")
         program.button("Stop")
         self.end(program)

@@ -16,6 +16,9 @@ import unittest
 
 PATIENCE = 60  # seconds; only a test that fails waits so long
 
+# The colour of the manual's page, which nothing else on the screen has.
+MAGENTA = b"\xff\x00\xff"
+
 # Lines that tell how far the program has come.
 LOADED = "WARNING: Audio unit is nil (yet?)."
 STARTING = "AUEnginePlayer: Audio engine starting."
@@ -91,7 +94,7 @@ class Installation:
             shutil.copy2(first, self.resources / f"{number}.m4a")
 
     def make_manual(self):
-        """One page in magenta, which nothing else on the screen has."""
+        """One page, all in magenta."""
         content = b"1 0 1 rg 0 0 595 842 re f"
         objects = [b"<</Type/Catalog/Pages 2 0 R>>",
                    b"<</Type/Pages/Kids[3 0 R]/Count 1>>",
@@ -228,12 +231,12 @@ class Program:
     def shows_text(self, text):
         return self._find("ROLE_LABEL", text) is not None
 
-    def shows_colour(self, colour):
-        """Whether a good part of the screen has the colour, as three bytes."""
+    def shows_manual(self):
+        """Whether a good part of the screen has the manual's colour."""
         picture = subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
                                  capture_output=True, check=True).stdout
         pixels = [picture[start:start + 3] for start in range(0, len(picture), 3)]
-        return pixels.count(colour) > len(pixels) // 20
+        return pixels.count(MAGENTA) > len(pixels) // 20
 
     def descendants(self):
         """The processes that the program has started, and those that these have."""
@@ -318,6 +321,9 @@ class Extent:
             for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
         self.right = self.left + self.width
         self.bottom = self.top + self.height
+
+    def __eq__(self, other):
+        return isinstance(other, Extent) and vars(self) == vars(other)
 
 
 def wait_until(ask, what):

@@ -180,7 +180,9 @@ class ManagedScreen(Screen):
         subprocess.run(["xdotool", "key", "ctrl+space", "key", "F1"], check=True)
         program.wait_for("ShowHelp")
         self.assertNotIn(STARTING, program.lines)
-        program.button("Back")
+        # Before it is drawn the process of the page may still be starting, which then
+        # warns, when the program ends, that there is nobody left to talk to.
+        wait_until(program.shows_manual, "picture of the manual")
         # Then the host has the keyboard again.
         subprocess.run(["xdotool", "key", "Escape"], check=True)
         self.wait_until_in_place(program)
@@ -192,13 +194,22 @@ class ManagedScreen(Screen):
         self.check_faults(program)
 
     def take_keyboard(self, program):
-        """Clicks beside the knobs of the view."""
-        view = program.view_window()
-        extent = Extent(view)
-        subprocess.run(["xdotool", "mousemove", str(extent.left + 20), str(extent.bottom - 20),
-                        "click", "1"], check=True)
-        wait_until(lambda: int(output_of("xdotool", "getwindowfocus", "-f")) == int(view, 16),
-                   "keyboard in the view")
+        """Clicks beside the knobs of the view; again when it is brought to the size of
+        its place at that moment, and the click was none on it."""
+        clicked_at = None
+
+        def has_keyboard():
+            nonlocal clicked_at
+            view = program.view_window()
+            if not view:
+                return False
+            extent = Extent(view)
+            if extent != clicked_at:
+                clicked_at = extent
+                subprocess.run(["xdotool", "mousemove", str(extent.left + 20),
+                                str(extent.bottom - 20), "click", "1"], check=True)
+            return int(output_of("xdotool", "getwindowfocus", "-f")) == int(view, 16)
+        wait_until(has_keyboard, "keyboard in the view")
 
     def test_ends_when_the_manager_closes_the_window(self):
         program = self.start()
