@@ -8,13 +8,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <malloc.h>
 
@@ -34,6 +37,20 @@ constexpr const char *doesNotPlayBarely = "does not play";
 
 // What fresh memory is filled with, where a plug-in may take it for something.
 constexpr int otherMemory = 165;
+
+/// From now on memory comes filled, also what was freed before: of small pieces the
+/// allocator keeps some of each size and hands them out again as they are.
+void fillFreshMemory()
+{
+    ::mallopt(M_PERTURB, otherMemory);
+    constexpr std::size_t largestKept = 1032;
+    constexpr std::size_t sizeStep = 16;
+    constexpr int ofEachSize = 16;
+    std::vector<std::unique_ptr<std::byte[]>> pieces;
+    for (std::size_t size = sizeStep / 2; size <= largestKept; size += sizeStep)
+        for (int piece = 0; piece < ofEachSize; ++piece)
+            pieces.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
+}
 
 std::string lastLine(const std::filesystem::path &log)
 {
@@ -104,7 +121,7 @@ public:
         const Ending ending = runApart(
             [&] {
                 if (role == Role::bareLoopAgain)
-                    ::mallopt(M_PERTURB, otherMemory);
+                    fillFreshMemory();
                 play(role, block, stage_);
             },
             home, log, settings_.patience);
