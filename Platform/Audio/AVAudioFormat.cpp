@@ -7,7 +7,8 @@
 namespace
 {
 constexpr double highestSampleRate = 768'000.0;
-constexpr std::uint32_t mostChannels = 64;
+// Samplers with an output for each instrument have a hundred.
+constexpr std::uint32_t mostChannels = 256;
 } // namespace
 
 AVAudioFormat::AVAudioFormat(double sampleRate, std::uint32_t channelCount)

@@ -183,6 +183,13 @@ void BareLoop::instantiate(double sampleRate, std::uint32_t mostFrames, const Li
     if (state != nullptr)
         restore(state);
     lilv_instance_activate(instance_.get());
+    // The host asks for its delay before it plays, and what the plug-in had worked on for
+    // its state is in effect from the first frame then.
+    if (lilv_plugin_has_latency(plugin_)) {
+        ports_->prepare({});
+        lilv_instance_run(instance_.get(), 0);
+        finishWork();
+    }
 }
 
 void BareLoop::restore(const LilvState *state)
