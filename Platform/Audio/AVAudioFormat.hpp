@@ -9,7 +9,7 @@
 class AVAudioFormat
 {
 public:
-    /// `sampleRate` in Hz, 1 to 768,000; `channelCount` 1 to 64. Anything else is
+    /// `sampleRate` in Hz, 1 to 768,000; `channelCount` 1 to 256. Anything else is
     /// a `PlatformError`.
     AVAudioFormat(double sampleRate, std::uint32_t channelCount);
 
