@@ -67,6 +67,19 @@ void setHints()
     SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_ROLE, "music");
 }
 
+/// SDL frees what a block is made with before it stops PipeWire's thread. A paused device
+/// needs none of it; a block that has begun by then has this long to end.
+constexpr std::chrono::milliseconds lastBlock(2);
+
+void closeQuietly(SDL_AudioDeviceID device, std::string_view driver)
+{
+    if (driver == "pipewire") {
+        SDL_PauseAudioDevice(device, 1);
+        std::this_thread::sleep_for(lastBlock);
+    }
+    SDL_CloseAudioDevice(device);
+}
+
 [[noreturn]] void throwNoDriver(const std::string &reason)
 {
     throw PlatformError(reason.empty() ? "No audio driver is available" : reason);
@@ -99,7 +112,7 @@ void SDLAudioSubsystem::shutDown()
     ended_ = true;
     const std::lock_guard lock(mutex_);
     for (const SDL_AudioDeviceID device : devices_)
-        SDL_CloseAudioDevice(device);
+        closeQuietly(device, driver_);
     devices_.clear();
     if (!driver_.empty())
         SDL_AudioQuit();
@@ -175,7 +188,7 @@ void SDLAudioSubsystem::closeDevice(SDL_AudioDeviceID device)
     if (known == devices_.end())
         return; // the process is ending, and it has been closed already
     devices_.erase(known);
-    SDL_CloseAudioDevice(device);
+    closeQuietly(device, driver_);
 }
 
 } // namespace platform::audio
