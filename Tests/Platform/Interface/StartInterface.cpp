@@ -5,6 +5,23 @@
 
 #include <cstdlib>
 
+namespace
+{
+
+/// Pango reads the configuration of fonts on a thread of its own, and with it the
+/// environment, in which a test may set variables. The first text waits for it.
+void waitForFonts()
+{
+    PangoContext *const context = pango_font_map_create_context(pango_cairo_font_map_get_default());
+    PangoLayout *const layout = pango_layout_new(context);
+    pango_layout_set_text(layout, "a", 1);
+    pango_layout_get_size(layout, nullptr, nullptr);
+    g_object_unref(layout);
+    g_object_unref(context);
+}
+
+} // namespace
+
 void useDisplay(const std::string &display)
 {
     setenv("DISPLAY", display.c_str(), 1);
@@ -21,4 +38,5 @@ void startInterface()
 {
     gtk_init();
     Gtk::init_gtkmm_internals();
+    waitForFonts();
 }
