@@ -8,6 +8,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -17,7 +18,10 @@ namespace test
 PrintedLines::PrintedLines()
     : taken_(memfd_create("printed lines", MFD_CLOEXEC)), original_(dup(STDOUT_FILENO))
 {
-    if (taken_ < 0 || original_ < 0 || dup2(taken_, STDOUT_FILENO) < 0)
+    // Appended, lines of two threads do not overwrite each other: memory has no lock on
+    // where to write next, as a file has.
+    if (taken_ < 0 || original_ < 0 || fcntl(taken_, F_SETFL, O_APPEND) < 0 ||
+        dup2(taken_, STDOUT_FILENO) < 0)
         throw std::runtime_error("standard output cannot be taken");
 }
 
