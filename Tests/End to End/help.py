@@ -85,6 +85,8 @@ class Help(EndToEndTest):
         # Where names are not looked up, and where no such name is, the page says so.
         wait_until(lambda: program.shows_text(CANNOT_BE_SHOWN), "message")
         self.assertEqual(program.lines[start:], ["ShowInfo", "navigationAction: ", SITE])
+        # The message does not wait for the process of the page.
+        wait_until(program.has_started_page, "process of the page")
         program.press("Back")
         program.button("Play")
         self.end(program)
@@ -94,11 +96,9 @@ class Help(EndToEndTest):
         program.wait_for(LOADED)
         program.press("Play")
         self.open_manual(program, lambda: program.press("Help"))
-        for pid in program.descendants():
-            with contextlib.suppress(OSError):
-                with open(f"/proc/{pid}/comm", encoding="utf-8") as name:
-                    if name.read().startswith("WebKitWebProc"):
-                        os.kill(pid, signal.SIGKILL)
+        for pid in program.page_processes():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(pid, signal.SIGKILL)
         wait_until(lambda: program.shows_text(HAS_STOPPED), "message")
         loops = sum("looped" in line for line in program.lines)
         program.wait_for("looped", count=loops + 2)

@@ -127,6 +127,15 @@ def recording(folder):
     return samples
 
 
+def thread_names(pid):
+    """Of a process's threads; none when it has gone."""
+    names = []
+    for name in pathlib.Path(f"/proc/{pid}/task").glob("*/comm"):
+        with contextlib.suppress(OSError):
+            names.append(name.read_text(encoding="utf-8").strip())
+    return names
+
+
 class Program:
     """The running program, its lines and its buttons."""
 
@@ -237,6 +246,16 @@ class Program:
                                  capture_output=True, check=True).stdout
         pixels = [picture[start:start + 3] for start in range(0, len(picture), 3)]
         return pixels.count(MAGENTA) > len(pixels) // 20
+
+    def page_processes(self):
+        """The processes that hold web pages."""
+        return [pid for pid in self.descendants()
+                if any(name.startswith("WebKitWebProc") for name in thread_names(pid))]
+
+    def has_started_page(self):
+        """Whether a page's process talks on the message bus. One that ends before warns
+        that there is nobody to talk to."""
+        return any("gdbus" in thread_names(pid) for pid in self.page_processes())
 
     def descendants(self):
         """The processes that the program has started, and those that these have."""
