@@ -124,6 +124,9 @@ WebKitPage::WebKitPage(WebPageObserver &observer)
 WebKitPage::~WebKitPage()
 {
     g_signal_handlers_disconnect_by_data(view_.get(), this);
+    // Left to itself its process ends some time later. Should the program end before, it
+    // warns that the message bus is not there any more.
+    webkit_web_view_terminate_web_process(view_.get());
     gtk_stack_remove(places_.get(), cover_.widget());
     gtk_stack_remove(places_.get(), message_);
 }
