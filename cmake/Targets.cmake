@@ -40,6 +40,10 @@ if(PARVANE_SANITIZE)
         -fno-sanitize-recover=all -g1)
     add_link_options(-fsanitize=${PARVANE_SANITIZE})
 endif()
+if(PARVANE_FUZZ)
+    # Counters, from which the fuzzers learn which inputs lead to something new.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # parvane_library(NAME SOURCES file... [PUBLIC lib...] [PRIVATE lib...])
 function(parvane_library name)
