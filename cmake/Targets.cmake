@@ -77,13 +77,12 @@ function(parvane_build_path target variable)
         PARENT_SCOPE)
 endfunction()
 
-# parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TOGETHER] [WAITS]
+# parvane_test(NAME SOURCES file... LIBRARIES lib... [SERIAL] [TOGETHER]
 #     [TIMEOUT seconds])
 # A GoogleTest program; each of its tests becomes a test of CTest. TOGETHER makes one of
-# them all, for tests that share what takes long to make. WAITS labels those that mostly
-# wait: ./test runs more of them at a time than there are processors.
+# them all, for tests that share what takes long to make.
 function(parvane_test name)
-    cmake_parse_arguments(ARG "SERIAL;TOGETHER;WAITS" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "SERIAL;TOGETHER" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -96,9 +95,6 @@ function(parvane_test name)
     set(properties TIMEOUT ${ARG_TIMEOUT})
     if(ARG_SERIAL)
         list(APPEND properties RUN_SERIAL TRUE)
-    endif()
-    if(ARG_WAITS)
-        list(APPEND properties LABELS waits)
     endif()
     if(ARG_ENVIRONMENT)
         # The list is taken apart once on its way.
