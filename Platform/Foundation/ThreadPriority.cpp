@@ -1,7 +1,11 @@
 #include "Platform/Foundation/ThreadPriority.hpp"
 
+#include <cstdint>
+
 #include <sched.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace platform::foundation
 {
@@ -16,6 +20,25 @@ constexpr int clientPriority = 70;
 
 // What desktops give their sound servers' helpers.
 constexpr int promptNiceness = -11;
+
+// The least that the kernel gives.
+constexpr std::uint64_t shortestSlice = 100'000; // nanoseconds
+
+/// `sched_attr` as the kernel first had it: its own header cannot be included beside
+/// the C library's, and not every C library has it.
+struct SchedulingAttributes {
+    std::uint32_t size = sizeof(SchedulingAttributes);
+    std::uint32_t policy = SCHED_OTHER;
+    std::uint64_t flags = 0;
+    std::int32_t niceness = 0;
+    std::uint32_t priority = 0;
+    std::uint64_t runtime = 0; // nanoseconds
+    std::uint64_t deadline = 0;
+    std::uint64_t period = 0;
+};
+
+// Threads that it starts are not to inherit it.
+constexpr std::uint64_t resetOnFork = 1; // SCHED_FLAG_RESET_ON_FORK
 
 bool runAt(int priority) noexcept
 {
@@ -70,11 +93,13 @@ void adoptThreadPriority(ThreadPriority priority) noexcept
 {
     if (priority == 0)
         return;
-    const auto policy = static_cast<int>((priority >> 16U) - 1);
-    sched_param parameters{};
-    parameters.sched_priority = static_cast<int>(priority & 0xFFFFU);
-    // Threads that it starts are not to inherit it.
-    ::sched_setscheduler(0, policy | SCHED_RESET_ON_FORK, &parameters);
+    SchedulingAttributes attributes;
+    attributes.policy = (priority >> 16U) - 1;
+    attributes.flags = resetOnFork;
+    attributes.niceness = ::getpriority(PRIO_PROCESS, 0);
+    attributes.priority = priority & 0xFFFFU;
+    attributes.runtime = shortestSlice;
+    ::syscall(SYS_sched_setattr, 0, &attributes, 0);
 }
 
 } // namespace platform::foundation

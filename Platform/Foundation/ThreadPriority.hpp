@@ -28,7 +28,11 @@ void claimPromptness() noexcept;
 /// What the calling thread learnt last; does not ask the kernel.
 REALTIME ThreadPriority threadPriority() noexcept;
 
-/// Gives the calling thread a priority, if it may have it; else it stays as it is.
+/// Gives the calling thread the priority of one that waits for what it does, if it may
+/// have it; else it stays as it is. Where priority is not real-time, it asks for the
+/// shortest slices of the processor too: it runs as soon as it is woken then, in place
+/// of whoever woke it and before work that goes on for longer. Linux 6.12 and later heed
+/// that.
 void adoptThreadPriority(ThreadPriority priority) noexcept;
 
 } // namespace platform::foundation
