@@ -11,12 +11,14 @@
 #include <utility>
 
 #include <pthread.h>
+#include <sched.h>
 
 namespace platform::effect
 {
 
-EffectEnd::EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange)
-    : memory_(std::move(memory)), instance_(instance), exchange_(exchange), spin_(usualSpin())
+EffectEnd::EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange,
+                     std::chrono::nanoseconds spin)
+    : memory_(std::move(memory)), instance_(instance), exchange_(exchange), spin_(spin)
 {
     giveLatency();
     thread_ = std::thread([this] {
@@ -42,6 +44,7 @@ void EffectEnd::serve() noexcept
     std::uint32_t served = 0;
     while (awaitRequest(served)) {
         served = header.request.load(std::memory_order_acquire);
+        header.effectProcessor.store(::sched_getcpu(), std::memory_order_relaxed);
         adoptPriority();
         renderBlock();
         header.answer.store(served);
@@ -54,7 +57,10 @@ bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
 {
     LinkHeader &header = memory_.header();
     const auto isAsked = [&] { return header.request.load(std::memory_order_acquire) != served; };
-    if (!spin_.spin(isAsked)) {
+    // A host that was woken, or preempted, on this processor goes on once it is free.
+    const bool isElsewhere =
+        header.hostProcessor.load(std::memory_order_relaxed) != ::sched_getcpu();
+    if (!isElsewhere || !spin_.spin(isAsked)) {
         header.effectSleeps.store(1);
         while (header.request.load() == served)
             futexWait(header.request, served);

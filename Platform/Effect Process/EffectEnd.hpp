@@ -7,6 +7,7 @@
 #include "Platform/LV2/Instance.hpp"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <thread>
 
@@ -19,8 +20,10 @@ class EffectEnd
 {
 public:
     /// Begins the thread. The instance is of the memory's shape, and it and the
-    /// exchange outlive this object.
-    EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange);
+    /// exchange outlive this object. `spin` is for how long at most it looks for a block
+    /// before it sleeps.
+    EffectEnd(LinkMemory memory, lv2::Instance &instance, lv2::Exchange &exchange,
+              std::chrono::nanoseconds spin = usualSpin());
     /// Waits for the end of a block that is under way.
     ~EffectEnd();
     EffectEnd(const EffectEnd &) = delete;

@@ -6,12 +6,14 @@
 
 #include <algorithm>
 
+#include <sched.h>
+
 namespace platform::effect
 {
 
-HostEnd::HostEnd(const LinkShape &shape, MidiTraffic &midi)
+HostEnd::HostEnd(const LinkShape &shape, MidiTraffic &midi, std::chrono::nanoseconds spin)
     : memory_(shape), midi_(midi), inputEvents_(LinkMemory::eventCapacity),
-      outputEvents_(LinkMemory::eventCapacity), spin_(usualSpin())
+      outputEvents_(LinkMemory::eventCapacity), spin_(spin)
 {
 }
 
@@ -48,8 +50,10 @@ bool HostEnd::awaitAnswer(Clock::time_point deadline) noexcept
 {
     if (isAnswered())
         return true;
-    // Waking it takes as long as sleeping here, and a spinning neighbour delays it.
-    if (!effectSlept_ && spin_.spin([this] { return isAnswered(); }))
+    // While this processor is kept busy, an effect that needs it cannot answer.
+    const bool isElsewhere =
+        memory_.header().effectProcessor.load(std::memory_order_relaxed) != ::sched_getcpu();
+    if (isElsewhere && spin_.spin([this] { return isAnswered(); }))
         return true;
     sleepUntilAnswered(deadline);
     return isAnswered();
@@ -80,6 +84,7 @@ void HostEnd::post(const Block &block) noexcept
     header.frames = block.frames;
     header.inputEventBytes = writeEvents(block.frames);
     header.priority.store(foundation::threadPriority(), std::memory_order_relaxed);
+    header.hostProcessor.store(::sched_getcpu(), std::memory_order_relaxed);
 
     isTaken_ = false;
     postedTime_ = block.sampleTime;
@@ -88,8 +93,7 @@ void HostEnd::post(const Block &block) noexcept
     sequence_.store(next, std::memory_order_relaxed);
     postedAt_.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
     header.request.store(next);
-    effectSlept_ = header.effectSleeps.load() != 0;
-    if (effectSlept_)
+    if (header.effectSleeps.load() != 0)
         futexWake(header.request);
 }
 

@@ -42,8 +42,9 @@ public:
     /// Waits are measured by time that never jumps.
     using Clock = std::chrono::steady_clock;
 
-    /// The traffic outlives the end. A `PlatformError` when there is no memory.
-    HostEnd(const LinkShape &shape, MidiTraffic &midi);
+    /// The traffic outlives the end. `spin` is for how long at most it looks for an
+    /// answer before it sleeps. A `PlatformError` when there is no memory.
+    HostEnd(const LinkShape &shape, MidiTraffic &midi, std::chrono::nanoseconds spin = usualSpin());
     HostEnd(const HostEnd &) = delete;
     HostEnd &operator=(const HostEnd &) = delete;
 
@@ -92,7 +93,6 @@ private:
     // Events are copied before they are looked at: the effect could change them.
     std::vector<std::byte> outputEvents_;
     SpinBudget spin_;
-    bool effectSlept_ = false; // when it was asked
 
     std::atomic<std::uint32_t> sequence_{0}; // of the block that was asked for last
     bool isTaken_ = true;                    // its answer has been

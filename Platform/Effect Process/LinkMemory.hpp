@@ -28,6 +28,7 @@ struct LinkHeader {
     alignas(64) std::atomic<std::uint32_t> request; ///< counts the blocks asked for
     std::atomic<std::uint32_t> hostSleeps;          ///< on `answer`
     std::atomic<std::uint32_t> priority;            ///< of the host's thread
+    std::atomic<int> hostProcessor;                 ///< that it asked from
     std::int64_t sampleTime;                        ///< frames since rendering began
     std::uint32_t frames;                           ///< of the block
     std::uint32_t inputEventBytes;                  ///< used of `inputEvents`
@@ -35,6 +36,7 @@ struct LinkHeader {
     // Written by the effect.
     alignas(64) std::atomic<std::uint32_t> answer; ///< the last block that is done
     std::atomic<std::uint32_t> effectSleeps;       ///< on `request`
+    std::atomic<int> effectProcessor;              ///< that it last woke on
     // Each is read once: it could be another the next time.
     std::atomic<std::uint32_t> isRendered;       ///< 0 or 1
     std::atomic<std::uint32_t> outputEventBytes; ///< used of `outputEvents`

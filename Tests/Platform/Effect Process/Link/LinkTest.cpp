@@ -16,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include <sched.h>
 #include <unistd.h>
 
 using namespace platform::effect;
@@ -38,7 +39,8 @@ HostEnd::Clock::time_point soon()
 class Link : public testing::Test
 {
 protected:
-    void connect(const std::string &uri, const std::string &bundle)
+    void connect(const std::string &uri, const std::string &bundle,
+                 std::chrono::nanoseconds spin = usualSpin())
     {
         plugin_ = std::make_unique<HostedPlugin>(
             uri, std::vector<std::string>{test::buildPath(TEST_LV2_BUNDLES "/" + bundle + ".lv2")},
@@ -49,7 +51,7 @@ protected:
         host_ = std::make_unique<HostEnd>(shape, midi_);
         LinkMemory memory(FileDescriptor(::dup(host_->memory().descriptor())), shape);
         effect_ = std::make_unique<EffectEnd>(std::move(memory), plugin_->instance(),
-                                              *plugin_->exchange());
+                                              *plugin_->exchange(), spin);
     }
 
     /// The first output channel of a block of `value`s; empty when there was none.
@@ -70,6 +72,47 @@ protected:
     std::unique_ptr<HostEnd> host_;
     std::unique_ptr<EffectEnd> effect_;
 };
+
+/// The processors that this process may use.
+std::vector<int> processors()
+{
+    cpu_set_t all;
+    std::vector<int> found;
+    if (::sched_getaffinity(0, sizeof all, &all) == 0)
+        for (int processor = 0; processor < CPU_SETSIZE; ++processor)
+            if (CPU_ISSET(processor, &all))
+                found.push_back(processor);
+    return found;
+}
+
+/// Keeps the calling thread, and those that it starts, on one processor meanwhile.
+class OnProcessor
+{
+public:
+    explicit OnProcessor(int processor)
+    {
+        ::sched_getaffinity(0, sizeof before_, &before_);
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(processor, &one);
+        ::sched_setaffinity(0, sizeof one, &one);
+    }
+    ~OnProcessor() { ::sched_setaffinity(0, sizeof before_, &before_); }
+    OnProcessor(const OnProcessor &) = delete;
+    OnProcessor &operator=(const OnProcessor &) = delete;
+
+private:
+    cpu_set_t before_{};
+};
+
+/// Whether `flag` is set within `time`.
+bool isSetWithin(const std::atomic<std::uint32_t> &flag, std::chrono::nanoseconds time)
+{
+    const auto end = HostEnd::Clock::now() + time;
+    while (flag.load() == 0 && HostEnd::Clock::now() < end)
+        std::this_thread::sleep_for(milliseconds(1));
+    return flag.load() != 0;
+}
 
 /// A link whose far end the test itself writes, as an effect that lies would.
 class LyingEffect : public testing::Test
@@ -183,6 +226,29 @@ TEST_F(Link, EndsWhileNothingIsAskedFor)
     EXPECT_TRUE(render(1.0F, 0, HostEnd::Clock::now() + milliseconds(1)).empty());
 }
 
+TEST_F(Link, LeavesTheProcessorThatItSharesWithTheHost)
+{
+    const OnProcessor both(processors().front());
+    connect("urn:test:mono", "amplifier", patience);
+    for (int block = 0; block < 10; ++block) {
+        ASSERT_FALSE(render(1.0F).empty());
+        EXPECT_TRUE(isSetWithin(host_->memory().header().effectSleeps, patience / 2));
+    }
+}
+
+TEST_F(Link, IsLookedForOnAProcessorOfItsOwn)
+{
+    if (processors().size() < 2)
+        GTEST_SKIP() << "there is one processor";
+    {
+        const OnProcessor effects(processors().front());
+        connect("urn:test:mono", "amplifier", patience);
+    }
+    const OnProcessor hosts(processors().back());
+    ASSERT_FALSE(render(1.0F).empty());
+    EXPECT_FALSE(isSetWithin(host_->memory().header().effectSleeps, milliseconds(20)));
+}
+
 TEST_F(LyingEffect, IsHeardWhenItDoesNotLie)
 {
     EXPECT_TRUE(renderAnsweredBy([](const LinkMemory &memory) {
@@ -258,6 +324,29 @@ TEST_F(LyingEffect, MayNotCallAnUnrenderedBlockRendered)
 {
     EXPECT_FALSE(
         renderAnsweredBy([](const LinkMemory &memory) { memory.header().isRendered = 2; }));
+}
+
+TEST(HostEnd, LeavesTheProcessorThatItSharesWithTheEffect)
+{
+    MidiTraffic midi;
+    HostEnd host(LinkShape{0, 0, blockFrames, 0}, midi, patience);
+    LinkHeader &header = host.memory().header();
+    const int mine = processors().front();
+    for (const bool isShared : {true, false}) {
+        header.effectProcessor = isShared ? mine : mine + 1;
+        std::thread effect([&] {
+            while (header.request.load() == header.answer.load())
+                std::this_thread::yield();
+            EXPECT_EQ(isSetWithin(header.hostSleeps, isShared ? patience / 2 : milliseconds(20)),
+                      isShared);
+            header.isRendered = 1;
+            header.answer.store(header.request.load());
+            futexWake(header.answer);
+        });
+        const OnProcessor hosts(mine);
+        EXPECT_TRUE(host.render({nullptr, nullptr, blockFrames, 0}, soon()));
+        effect.join();
+    }
 }
 
 TEST(LinkSlot, RendersNothingWithoutALink)
