@@ -1,7 +1,8 @@
 // One block of audio through an effect that does nothing: in this process, in a
 // process of its own, and beside that, a byte to another process and back, and the least
 // that there is: two processes that wake each other and do nothing else. How long the
-// audio callback is away, and what both processes together take of the processor.
+// audio callback is away, and what both processes together take of the processor. The
+// four take turns, so that what the machine does meanwhile meets all of them.
 //
 // Usage: effect_hop_benchmark [BLOCKS [SECONDS [CONDITION]]]
 // BLOCKS of 64 frames back to back, SECONDS at the real pace of 256 frames, in all
@@ -26,10 +27,13 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <sched.h>
@@ -52,11 +56,24 @@ constexpr std::array conditions{
     Condition{"idle", false, false}, Condition{"idle, real-time", false, true},
     Condition{"busy", true, false}, Condition{"busy, real-time", true, true}};
 
-struct Result {
-    std::vector<double> microseconds;   // one a block, the shortest first
-    std::vector<double> medians;        // of ten parts of the run
-    std::uint64_t lateBlocks = 0;       // of the remote unit
-    double processorMicroseconds = 0.0; // a block, both processes
+struct Pace {
+    const char *name;
+    const char *what; // in a row
+    std::uint32_t frames;
+    std::size_t blocks;
+    std::optional<std::chrono::nanoseconds> interval;
+};
+
+/// What is called once a block, and what it took.
+struct Subject {
+    const char *place;
+    std::function<void()> call;
+    std::optional<pid_t> other; // the process at the far end, where its time counts
+
+    std::vector<double> microseconds = {}; // one a block
+    // One a turn.
+    std::vector<double> medians = {};
+    std::vector<double> processorMicroseconds = {}; // a block, both processes
 };
 
 /// Processor time of another process so far, in seconds, from the scheduler's own
@@ -73,13 +90,12 @@ double processorTimeOf(pid_t process)
     return seconds;
 }
 
-/// Makes `count` calls, one every `interval` or as fast as it goes.
-template <typename Call>
-Result timeCalls(std::size_t count, std::optional<std::chrono::nanoseconds> interval,
-                 const Call &call)
+/// Makes `count` calls, one every `interval` or as fast as it goes; microseconds each.
+std::vector<double> timeCalls(std::size_t count, std::optional<std::chrono::nanoseconds> interval,
+                              const std::function<void()> &call)
 {
-    Result result;
-    result.microseconds.reserve(count);
+    std::vector<double> microseconds;
+    microseconds.reserve(count);
     auto next = Clock::now();
     for (std::size_t index = 0; index < count; ++index) {
         if (interval) {
@@ -87,33 +103,28 @@ Result timeCalls(std::size_t count, std::optional<std::chrono::nanoseconds> inte
             std::this_thread::sleep_until(next);
         }
         const auto begun = Clock::now();
-        call(index);
-        result.microseconds.push_back(
+        call();
+        microseconds.push_back(
             std::chrono::duration<double, std::micro>(Clock::now() - begun).count());
     }
-    constexpr std::size_t parts = 10;
-    for (std::size_t part = 0; part < parts; ++part) {
-        const auto bound = [&](std::size_t which) {
-            return result.microseconds.begin() + static_cast<std::ptrdiff_t>(which * count / parts);
-        };
-        result.medians.push_back(median({bound(part), bound(part + 1)}));
-    }
-    std::sort(result.microseconds.begin(), result.microseconds.end());
-    return result;
+    return microseconds;
 }
 
-Result renderBlocks(AUAudioUnit &unit, std::uint32_t frames, std::size_t blocks,
-                    std::optional<std::chrono::nanoseconds> interval)
+/// Its blocks, one after the other.
+std::function<void()> renderer(AUAudioUnit &unit, std::uint32_t frames)
 {
-    std::vector<float> in(frames, 0.5F);
-    std::vector<float> left(frames);
-    std::vector<float> right(frames);
-    const std::array<const float *, 2> inputs{in.data(), in.data()};
-    const std::array<float *, 2> outputs{left.data(), right.data()};
-    return timeCalls(blocks, interval, [&](std::size_t block) {
-        unit.render(
-            {inputs.data(), outputs.data(), frames, static_cast<std::int64_t>(block * frames)});
-    });
+    struct Buffers {
+        std::vector<float> in, left, right;
+        std::int64_t sampleTime = 0;
+    };
+    auto buffers = std::make_shared<Buffers>(Buffers{
+        std::vector<float>(frames, 0.5F), std::vector<float>(frames), std::vector<float>(frames)});
+    return [&unit, frames, buffers] {
+        const std::array<const float *, 2> inputs{buffers->in.data(), buffers->in.data()};
+        const std::array<float *, 2> outputs{buffers->left.data(), buffers->right.data()};
+        unit.render({inputs.data(), outputs.data(), frames, buffers->sampleTime});
+        buffers->sampleTime += frames;
+    };
 }
 
 class AudioThreadPriority
@@ -141,40 +152,22 @@ private:
     bool isThere_ = false;
 };
 
-struct Pace {
-    const char *name;
-    const char *what; // in a row
-    std::uint32_t frames;
-    std::size_t blocks;
-    std::optional<std::chrono::nanoseconds> interval;
-};
+constexpr std::size_t turns = 10;
 
-/// Times `run`, which makes as many calls as the pace says, and what it takes of the
-/// processor, in this process and in `other`, if there is one.
-template <typename Run>
-Result measureProcessorTime(const Pace &pace, std::optional<pid_t> other, const Run &run)
+/// One of `turns` turns.
+void takeTurn(Subject &subject, const Pace &pace)
 {
-    const auto theirs = [&] { return other ? processorTimeOf(*other) : 0.0; };
+    timeCalls(pace.blocks / 100 / turns + 10, pace.interval, subject.call);
+    const auto theirs = [&] { return subject.other ? processorTimeOf(*subject.other) : 0.0; };
+    const std::size_t count = pace.blocks / turns;
     const double theirsBefore = theirs();
-    Result result;
-    const Cost cost = costOf([&] { result = run(); });
-    result.processorMicroseconds =
-        1e6 * (cost.processor + theirs() - theirsBefore) / static_cast<double>(pace.blocks);
-    return result;
-}
-
-Result measure(AUAudioUnit &unit, const Pace &pace)
-{
-    auto *const remote = dynamic_cast<RemoteAudioUnit *>(&unit);
-    unit.allocateRenderResources(sampleRate, pace.frames);
-    renderBlocks(unit, pace.frames, pace.blocks / 100 + 10, pace.interval);
-    const std::uint64_t lateBefore = remote ? remote->process().lateBlocks() : 0;
-    const auto other = remote ? std::optional(remote->process().processIdentifier()) : std::nullopt;
-    Result result = measureProcessorTime(
-        pace, other, [&] { return renderBlocks(unit, pace.frames, pace.blocks, pace.interval); });
-    result.lateBlocks = remote ? remote->process().lateBlocks() - lateBefore : 0;
-    unit.deallocateRenderResources();
-    return result;
+    std::vector<double> microseconds;
+    const Cost cost = costOf([&] { microseconds = timeCalls(count, pace.interval, subject.call); });
+    subject.processorMicroseconds.push_back(1e6 * (cost.processor + theirs() - theirsBefore) /
+                                            static_cast<double>(count));
+    subject.microseconds.insert(subject.microseconds.end(), microseconds.begin(),
+                                microseconds.end());
+    subject.medians.push_back(median(std::move(microseconds)));
 }
 
 double quantile(const std::vector<double> &sorted, double share)
@@ -183,24 +176,28 @@ double quantile(const std::vector<double> &sorted, double share)
     return sorted[index];
 }
 
-void printLine(const char *place, const Pace &pace, const Condition &condition,
-               const Result &result)
+void printLine(const Pace &pace, const Condition &condition, const Subject &subject,
+               std::uint64_t lateBlocks)
 {
-    fmt::print("{:12} {:14} {:16} {:9} {:8.2f} {:8.2f} {:9.1f} {:6} {:9.2f}\n", place, pace.name,
-               condition.name, pace.blocks, quantile(result.microseconds, 0.5),
-               quantile(result.microseconds, 0.999), result.microseconds.back(), result.lateBlocks,
-               result.processorMicroseconds);
+    std::vector<double> sorted = subject.microseconds;
+    std::sort(sorted.begin(), sorted.end());
+    fmt::print("{:12} {:14} {:16} {:9} {:8.2f} {:8.2f} {:9.1f} {:6} {:9.2f}\n", subject.place,
+               pace.name, condition.name, sorted.size(), quantile(sorted, 0.5),
+               quantile(sorted, 0.999), sorted.back(), lateBlocks,
+               median(subject.processorMicroseconds));
     std::fflush(stdout);
 }
 
-void report(const Pace &pace, const Condition &condition, const Result &apart, const Result &futex)
+std::vector<double> differences(const std::vector<double> &ours, const std::vector<double> &theirs)
 {
-    printRow({fmt::format("{}, {}", pace.what, condition.name), floorPeer, std::nullopt,
-              ratios(apart.medians, futex.medians)});
+    std::vector<double> all;
+    std::transform(ours.begin(), ours.end(), theirs.begin(), std::back_inserter(all),
+                   std::minus<>());
+    return all;
 }
 
-void reportGoals(const Pace &pace, const Result &here, const Result &apart, const Result &echo,
-                 const Result &futex)
+void reportGoals(const Pace &pace, const Subject &here, const Subject &apart, const Subject &echo,
+                 const Subject &futex, std::uint64_t lateBlocks)
 {
     printRow({fmt::format("{}, idle", pace.what), "a byte there and back", 1.0,
               ratios(apart.medians, echo.medians)});
@@ -211,23 +208,50 @@ void reportGoals(const Pace &pace, const Result &here, const Result &apart, cons
     printRow({"Blocks of 256 frames that came late, idle",
               "",
               0.0,
-              {static_cast<double>(apart.lateBlocks)},
+              {static_cast<double>(lateBlocks)},
               "blocks"});
-    printRow({"Processor time for a block of 256 frames, beyond an effect in this process",
-              "",
-              20.0,
-              {apart.processorMicroseconds - here.processorMicroseconds},
-              "µs"});
-    printRow({"Processor time for a block of 256 frames",
-              floorPeer,
-              std::nullopt,
-              {apart.processorMicroseconds / futex.processorMicroseconds}});
+    printRow({"Processor time for a block of 256 frames, beyond an effect in this process", "",
+              20.0, differences(apart.processorMicroseconds, here.processorMicroseconds), "µs"});
+    printRow({"Processor time for a block of 256 frames", floorPeer, std::nullopt,
+              ratios(apart.processorMicroseconds, futex.processorMicroseconds)});
 }
 
-void compare(std::size_t blocks, double seconds, const std::string &only)
+void compare(const Pace &pace, const Condition &condition)
+{
+    const AVAudioUnitComponent nothing({}, "urn:qrvx:benchmark:nothing");
+    const EchoProcess other;
+    LocalAudioUnit local(nothing);
+    RemoteAudioUnit remote(nothing);
+    std::optional<BusyProcessors> load;
+    if (condition.isLoaded)
+        load.emplace();
+    const AudioThreadPriority priority(condition.isRealTime);
+    if (!priority.isThere()) {
+        fmt::print("{}: this user may not have real-time priority.\n", condition.name);
+        return;
+    }
+    FutexEcho waker;
+    local.allocateRenderResources(sampleRate, pace.frames);
+    remote.allocateRenderResources(sampleRate, pace.frames);
+    Subject here{"this process", renderer(local, pace.frames), std::nullopt};
+    Subject apart{"its own", renderer(remote, pace.frames), remote.process().processIdentifier()};
+    Subject echo{"(echo)", [&] { other.callBack(); }, std::nullopt};
+    Subject futex{"(futex)", [&] { waker.callBack(); }, waker.processIdentifier()};
+    for (std::size_t turn = 0; turn < turns; ++turn)
+        for (Subject *subject : {&here, &apart, &echo, &futex})
+            takeTurn(*subject, pace);
+    const std::uint64_t lateBlocks = remote.process().lateBlocks();
+    for (const Subject *subject : {&here, &apart, &echo, &futex})
+        printLine(pace, condition, *subject, subject == &apart ? lateBlocks : 0);
+    if (!condition.isLoaded && !condition.isRealTime)
+        reportGoals(pace, here, apart, echo, futex, lateBlocks);
+    printRow({fmt::format("{}, {}", pace.what, condition.name), floorPeer, std::nullopt,
+              ratios(apart.medians, futex.medians)});
+}
+
+void compareAll(std::size_t blocks, double seconds, const std::string &only)
 {
     useOwnPlugins();
-    const AVAudioUnitComponent nothing({}, "urn:qrvx:benchmark:nothing");
     const std::chrono::nanoseconds blockTime(static_cast<std::int64_t>(1e9 * 256 / sampleRate));
     const auto paced = static_cast<std::size_t>(seconds * sampleRate / 256);
     const std::array paces{
@@ -235,39 +259,10 @@ void compare(std::size_t blocks, double seconds, const std::string &only)
         Pace{"at real pace", "Hop of 256 frames at their pace", 256, paced, blockTime}};
     fmt::print("{:12} {:14} {:16} {:>9} {:>8} {:>8} {:>9} {:>6} {:>9}\n", "effect in", "blocks",
                "machine", "count", "p50 µs", "p99.9", "max", "late", "CPU µs");
-    for (const Pace &pace : paces) {
-        for (const Condition &condition : conditions) {
-            if (!only.empty() && only != condition.name)
-                continue;
-            const EchoProcess other;
-            LocalAudioUnit local(nothing);
-            RemoteAudioUnit remote(nothing);
-            std::optional<BusyProcessors> load;
-            if (condition.isLoaded)
-                load.emplace();
-            const AudioThreadPriority priority(condition.isRealTime);
-            if (!priority.isThere()) {
-                fmt::print("{}: this user may not have real-time priority.\n", condition.name);
-                continue;
-            }
-            const Result here = measure(local, pace);
-            const Result apart = measure(remote, pace);
-            const Result echo =
-                timeCalls(pace.blocks, pace.interval, [&](std::size_t) { other.callBack(); });
-            FutexEcho waker;
-            const Result futex = measureProcessorTime(pace, waker.processIdentifier(), [&] {
-                return timeCalls(pace.blocks, pace.interval,
-                                 [&](std::size_t) { waker.callBack(); });
-            });
-            printLine("this process", pace, condition, here);
-            printLine("its own", pace, condition, apart);
-            printLine("(echo)", pace, condition, echo);
-            printLine("(futex)", pace, condition, futex);
-            if (!condition.isLoaded && !condition.isRealTime)
-                reportGoals(pace, here, apart, echo, futex);
-            report(pace, condition, apart, futex);
-        }
-    }
+    for (const Pace &pace : paces)
+        for (const Condition &condition : conditions)
+            if (only.empty() || only == condition.name)
+                compare(pace, condition);
 }
 
 } // namespace
@@ -275,8 +270,8 @@ void compare(std::size_t blocks, double seconds, const std::string &only)
 int main(int count, char **arguments)
 {
     try {
-        compare(count > 1 ? std::stoul(arguments[1]) : 1'000'000,
-                count > 2 ? std::stod(arguments[2]) : 30.0, count > 3 ? arguments[3] : "");
+        compareAll(count > 1 ? std::stoul(arguments[1]) : 1'000'000,
+                   count > 2 ? std::stod(arguments[2]) : 30.0, count > 3 ? arguments[3] : "");
     } catch (const std::exception &error) {
         fmt::print(stderr, "{}\n", error.what());
         return 1;
