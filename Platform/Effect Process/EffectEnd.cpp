@@ -57,10 +57,7 @@ bool EffectEnd::awaitRequest(std::uint32_t served) noexcept
 {
     LinkHeader &header = memory_.header();
     const auto isAsked = [&] { return header.request.load(std::memory_order_acquire) != served; };
-    // A host that was woken, or preempted, on this processor goes on once it is free.
-    const bool isElsewhere =
-        header.hostProcessor.load(std::memory_order_relaxed) != ::sched_getcpu();
-    if (!isElsewhere || !spin_.spin(isAsked)) {
+    if (!spin_.spinBeside(header.hostProcessor.load(std::memory_order_relaxed), isAsked)) {
         header.effectSleeps.store(1);
         while (header.request.load() == served)
             futexWait(header.request, served);

@@ -50,10 +50,8 @@ bool HostEnd::awaitAnswer(Clock::time_point deadline) noexcept
 {
     if (isAnswered())
         return true;
-    // While this processor is kept busy, an effect that needs it cannot answer.
-    const bool isElsewhere =
-        memory_.header().effectProcessor.load(std::memory_order_relaxed) != ::sched_getcpu();
-    if (isElsewhere && spin_.spin([this] { return isAnswered(); }))
+    const int effects = memory_.header().effectProcessor.load(std::memory_order_relaxed);
+    if (spin_.spinBeside(effects, [this] { return isAnswered(); }))
         return true;
     sleepUntilAnswered(deadline);
     return isAnswered();

@@ -36,7 +36,7 @@ struct LinkHeader {
     // Written by the effect.
     alignas(64) std::atomic<std::uint32_t> answer; ///< the last block that is done
     std::atomic<std::uint32_t> effectSleeps;       ///< on `request`
-    std::atomic<int> effectProcessor;              ///< that it last woke on
+    std::atomic<int> effectProcessor;              ///< that it took the last block on
     // Each is read once: it could be another the next time.
     std::atomic<std::uint32_t> isRendered;       ///< 0 or 1
     std::atomic<std::uint32_t> outputEventBytes; ///< used of `outputEvents`

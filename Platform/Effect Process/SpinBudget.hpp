@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+#include <sched.h>
+
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
@@ -34,6 +36,14 @@ public:
         const bool isInTime = look(isDone);
         score_ += isInTime ? (fullScore - score_) / memory : -score_ / memory;
         return isInTime;
+    }
+
+    /// As `spin`, for something done on `processor`; where that is the calling thread's
+    /// own, looking would only keep it from being done: it does not look then.
+    template <typename IsDone>
+    REALTIME bool spinBeside(int processor, IsDone isDone) noexcept
+    {
+        return processor != ::sched_getcpu() && spin(isDone);
     }
 
 private:
