@@ -1,10 +1,17 @@
+#include "Resources/Demonstration Loops/Mastering/Cabinet.hpp"
 #include "Resources/Demonstration Loops/Mastering/Dynamics.hpp"
 #include "Resources/Demonstration Loops/Mastering/Loudness.hpp"
 #include "Resources/Demonstration Loops/Mastering/Master.hpp"
+#include "Resources/Demonstration Loops/Mastering/SlidingMaximum.hpp"
 #include "Resources/Demonstration Loops/Random.hpp"
 #include "Tests/Resources/Measuring.hpp"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
 
 namespace
 {
@@ -56,6 +63,15 @@ TEST(LoudnessTests, SilenceHasNone)
     EXPECT_EQ(integratedLoudness(StereoLoop(96000)), -std::numeric_limits<double>::infinity());
 }
 
+/// By what factor each frame is above `ceiling`.
+std::vector<double> excessOver(const StereoLoop &loop, double ceiling)
+{
+    std::vector<double> excess(loop.frames());
+    for (std::size_t i = 0; i < loop.frames(); ++i)
+        excess[i] = std::max(std::abs(loop.left[i]), std::abs(loop.right[i])) / ceiling;
+    return excess;
+}
+
 TEST(LimiterTests, KeepsEverySampleUnderTheCeiling)
 {
     Random random(2);
@@ -65,7 +81,7 @@ TEST(LimiterTests, KeepsEverySampleUnderTheCeiling)
         loop.left[i] = level * random.bipolar();
         loop.right[i] = level * random.bipolar();
     }
-    limit(loop, 0.7);
+    limit(loop, excessOver(loop, 0.7));
     EXPECT_LE(loop.peak(), 0.7 + 1.0e-12);
     EXPECT_GT(loop.peak(), 0.5) << "no more than needed is taken away";
 }
@@ -74,7 +90,7 @@ TEST(LimiterTests, LeavesWhatIsUnderTheCeilingAlone)
 {
     const StereoLoop before = sine(440, -6, 2);
     StereoLoop after = before;
-    limit(after, 0.7);
+    limit(after, excessOver(after, 0.7));
     EXPECT_LT(measuring::largestDifference(before, after), 1.0e-12);
 }
 
@@ -83,9 +99,40 @@ TEST(LimiterTests, ThePeakAtTheBeginningIsForeseenAtTheEnd)
     StereoLoop loop = sine(440, -12, 2);
     loop.left[0] = 1.0;
     const double before = loop.left[loop.frames() - 27];
-    limit(loop, 0.5);
+    limit(loop, excessOver(loop, 0.5));
     EXPECT_LE(std::abs(loop.left[0]), 0.5 + 1.0e-12);
     EXPECT_LT(std::abs(loop.left[loop.frames() - 27]), 0.8 * std::abs(before));
+}
+
+TEST(SlidingMaximumTests, LooksAheadRoundTheEnd)
+{
+    EXPECT_EQ(largestAhead({3, 1, 4, 1, 5, 0}, 2), (std::vector<double>{4, 4, 5, 5, 5, 3}));
+    EXPECT_EQ(largestAhead({3, 1, 4}, 0), (std::vector<double>{3, 1, 4}));
+}
+
+TEST(CabinetTests, ThrowsTrebleFurtherThanBass)
+{
+    const auto loudest = [](const StereoLoop &loop) {
+        const std::vector<double> level = levelThroughCabinet(loop);
+        return *std::max_element(level.begin(), level.end());
+    };
+    EXPECT_NEAR(loudest(sine(80, -6, 1)), 1.2 * 0.5012, 0.01);
+    EXPECT_NEAR(loudest(sine(7919, -6, 1)), 1.7 * 0.5012, 0.01);
+    StereoLoop opposed = sine(7919, -6, 1);
+    for (double &sample : opposed.right)
+        sample = -sample;
+    EXPECT_LT(loudest(opposed), 1.0e-12) << "it takes both channels as one";
+}
+
+TEST(CabinetTests, LetsPeaksMeetThatAreHalfAMillisecondApart)
+{
+    const auto levelNextTo = [](std::size_t distance) {
+        StereoLoop loop(48000);
+        loop.left[20000] = loop.right[20000] = 1.0;
+        return levelThroughCabinet(loop)[20000 + distance];
+    };
+    EXPECT_GT(levelNextTo(24), 1.0);
+    EXPECT_LT(levelNextTo(200), 0.1);
 }
 
 TEST(CompressorTests, LoudPassagesComeNearerToSoftOnes)
@@ -108,13 +155,17 @@ TEST(MasterTests, ReachesTheTargetUnderTheCeiling)
     Random random(4);
     StereoLoop loop(240000);
     for (std::size_t i = 0; i < loop.frames(); ++i) {
-        const double level = i % 24000 < 1200 ? 1.0 : 0.05;
+        const double level = i % 24000 < 1200 ? 1.0 : 0.25;
         loop.left[i] = level * random.bipolar();
         loop.right[i] = level * random.bipolar();
     }
     master(loop);
     EXPECT_NEAR(integratedLoudness(loop), targetLoudness, 0.5);
     EXPECT_LE(measuring::decibels(loop.peak()), ceilingDb + 0.01);
+    const std::vector<double> level = levelThroughCabinet(loop);
+    // While it changes, the gain is not the same for a band as for what it is filtered from.
+    EXPECT_LE(measuring::decibels(*std::max_element(level.begin(), level.end())),
+              cabinetCeilingDb + 0.1);
 }
 
 } // namespace

@@ -35,6 +35,12 @@ void filterChannel(std::vector<double> &channel, const BiquadCoefficients &coeff
 
 } // namespace
 
+BiquadCoefficients BiquadCoefficients::lowPass(double frequency, double q)
+{
+    const auto [c, alpha] = prototype(frequency, q);
+    return normalised((1 - c) / 2, 1 - c, (1 - c) / 2, 1 + alpha, -2 * c, 1 - alpha);
+}
+
 BiquadCoefficients BiquadCoefficients::highPass(double frequency, double q)
 {
     const auto [c, alpha] = prototype(frequency, q);

@@ -68,6 +68,7 @@ struct BiquadCoefficients {
     double b0, b1, b2, a1, a2;
 
     // After the Audio EQ Cookbook of R. Bristow-Johnson.
+    static BiquadCoefficients lowPass(double frequency, double q);
     static BiquadCoefficients highPass(double frequency, double q);
     static BiquadCoefficients peak(double frequency, double q, double gainDb);
     static BiquadCoefficients lowShelf(double frequency, double gainDb);

@@ -1,9 +1,10 @@
 #include "Resources/Demonstration Loops/Mastering/Dynamics.hpp"
 
+#include "Resources/Demonstration Loops/Mastering/SlidingMaximum.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <deque>
 #include <vector>
 
 namespace demonstration_loops
@@ -18,26 +19,6 @@ void applyGain(StereoLoop &loop, const std::vector<double> &gain)
         loop.left[i] *= gain[i];
         loop.right[i] *= gain[i];
     }
-}
-
-/// The smallest value among each frame and the `ahead` frames after it, round the loop.
-std::vector<double> smallestAhead(const std::vector<double> &values, std::size_t ahead)
-{
-    const std::size_t frames = values.size();
-    std::vector<double> result(frames);
-    std::deque<std::size_t> candidates;
-    for (std::size_t i = 0; i < frames + ahead; ++i) {
-        const double value = values[i % frames];
-        while (!candidates.empty() && values[candidates.back() % frames] >= value)
-            candidates.pop_back();
-        candidates.push_back(i);
-        if (i < ahead)
-            continue;
-        while (candidates.front() < i - ahead)
-            candidates.pop_front();
-        result[i - ahead] = values[candidates.front() % frames];
-    }
-    return result;
 }
 
 /// The mean of each frame and the `behind` frames before it, round the loop.
@@ -82,15 +63,12 @@ void compress(StereoLoop &loop, double threshold, double ratio)
     applyGain(loop, gain);
 }
 
-void limit(StereoLoop &loop, double ceiling)
+void limit(StereoLoop &loop, const std::vector<double> &excess)
 {
     const auto ahead = static_cast<std::size_t>(0.005 * sampleRate);
-    std::vector<double> needed(loop.frames());
-    for (std::size_t i = 0; i < loop.frames(); ++i) {
-        const double top = std::max(std::abs(loop.left[i]), std::abs(loop.right[i]));
-        needed[i] = top > ceiling ? ceiling / top : 1.0;
-    }
-    std::vector<double> gain = smallestAhead(needed, ahead);
+    std::vector<double> gain = largestAhead(excess, ahead);
+    for (double &value : gain)
+        value = 1.0 / std::max(1.0, value);
     const double release = 1.0 - std::exp(-1.0 / (0.08 * sampleRate));
     double level = 1.0;
     for (int pass = 0; pass < 2; ++pass) {

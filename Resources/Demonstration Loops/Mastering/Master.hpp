@@ -12,8 +12,11 @@ constexpr double targetLoudness = -16.0;
 /// what is decoded stays under -1.
 constexpr double ceilingDb = -2.5;
 
+/// The largest that the rotating loudspeaker may make of a loop, in dBFS before encoding.
+constexpr double cabinetCeilingDb = -0.6;
+
 /// Makes a mix ready for encoding: rumble removed, gently compressed, at the
-/// target loudness and under the ceiling.
+/// target loudness and under the ceilings.
 void master(StereoLoop &mix);
 
 } // namespace demonstration_loops
