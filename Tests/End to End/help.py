@@ -22,6 +22,9 @@ class Help(EndToEndTest):
         program.wait_for("ShowHelp", count=opened + 1)
         start = len(program.lines) - 1
         wait_until(program.shows_manual, "picture of the manual")
+        # Its process may still be on the way to the message bus, which loading again or
+        # going back would cut off.
+        wait_until(program.has_started_page, "process of the page")
         program.drain()
         return [line for line in program.lines[start:]
                 if "looped" not in line and "MIDI event" not in line]
