@@ -5,6 +5,7 @@
 #include "Resources/Demonstration Loops/Mastering/Master.hpp"
 #include "Resources/Demonstration Loops/Mastering/Mixdown.hpp"
 #include "Resources/Demonstration Loops/Random.hpp"
+#include "Tests/Effect/Signals.hpp"
 #include "Tests/Resources/LoopFeatures.hpp"
 #include "Tests/Resources/LoopFile.hpp"
 #include "Tests/Resources/Measuring.hpp"
@@ -127,10 +128,7 @@ float peakThroughTheCabinet(const StereoLoop &loop, float speed)
     for (std::size_t played = 0; played < 30 * 48000; played += left.size()) {
         cabinet.process(left.data(), right.data(), leftOut.data(), rightOut.data(),
                         static_cast<std::uint32_t>(left.size()), nobody);
-        for (const float sample : leftOut)
-            peak = std::max(peak, std::abs(sample));
-        for (const float sample : rightOut)
-            peak = std::max(peak, std::abs(sample));
+        peak = std::max({peak, signals::largest(leftOut), signals::largest(rightOut)});
     }
     return peak;
 }

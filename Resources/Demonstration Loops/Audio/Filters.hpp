@@ -67,7 +67,7 @@ private:
 struct BiquadCoefficients {
     double b0, b1, b2, a1, a2;
 
-    // After the Audio EQ Cookbook of R. Bristow-Johnson.
+    // After the Audio EQ Cookbook of R. Bristow-Johnson. Frequencies are in Hz.
     static BiquadCoefficients lowPass(double frequency, double q);
     static BiquadCoefficients highPass(double frequency, double q);
     static BiquadCoefficients peak(double frequency, double q, double gainDb);

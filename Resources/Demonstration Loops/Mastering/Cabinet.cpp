@@ -1,5 +1,6 @@
 #include "Resources/Demonstration Loops/Mastering/Cabinet.hpp"
 
+#include "Effect/RotaryCabinet.hpp"
 #include "Resources/Demonstration Loops/Audio/Filters.hpp"
 #include "Resources/Demonstration Loops/Mastering/SlidingMaximum.hpp"
 
@@ -14,7 +15,7 @@ namespace demonstration_loops
 namespace
 {
 
-constexpr double crossover = 800.0; // Hz
+constexpr double crossover = effect::RotaryCabinet::crossoverFrequency;
 constexpr double hornGain = 1.7;
 constexpr double drumGain = 1.2;
 constexpr auto shift = static_cast<std::size_t>(0.0005 * sampleRate);
